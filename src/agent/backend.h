@@ -1,0 +1,30 @@
+// The agent's backend interface: what the server asks of whatever holds the
+// system's state. The simulator is one backend; a live-system backend can be
+// added beside it without touching the server.
+#ifndef NV_AGENT_BACKEND_H
+#define NV_AGENT_BACKEND_H
+
+#include <string>
+
+namespace nvagent {
+
+struct CmdResult {
+    int iCode;            // an EM_RET value
+    std::string sDetail;  // short reason shown behind the result description
+};
+
+class Backend {
+public:
+    virtual ~Backend() = default;
+    // Appends the encoded check body (cConf_Inf then cSvrState, as the wire
+    // codec writes them) for this moment to body. Safe to call concurrently.
+    virtual void CheckBody(std::string& body) = 0;
+    // Carries out one set command (4..63 or the language command). Answers
+    // em_ActSuccAll only when the change is made and saved. Safe to call
+    // concurrently; changes are serialised inside.
+    virtual CmdResult Apply(short cmd, const std::string& payload) = 0;
+};
+
+}  // namespace nvagent
+
+#endif

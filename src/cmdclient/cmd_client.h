@@ -1,0 +1,25 @@
+// The command-client library: sends the request described in the shared
+// state record to the agent and fills the record from the answer, and fills
+// the record's command-name and result-text maps.
+#ifndef NV_CMDCLIENT_CMD_CLIENT_H
+#define NV_CMDCLIENT_CMD_CLIENT_H
+
+#include "link/global_val.h"
+
+// Sends the request (shCmdNo, szCmdBuff, iLenToSend) over the connected
+// fdConn, reads the whole answer, fills sReqRetInfo and, for a check answer,
+// objCif and objSS; closes fdConn. Returns an EM_RET code.
+int RequestCmd(cGlobalVal* pObj);
+// Fills mName2Idx with every command name and number. Returns em_OK.
+int SetName2Idx(cGlobalVal* pObj);
+// Fills mErrorNo2Des with a description for every EM_RET value. Returns em_OK.
+int SetErrMap(cGlobalVal* pObj);
+// Writes all n bytes to fd, going on after partial writes and interrupts.
+// Returns n, or -1 on an error.
+int Writen(int fd, const void* buf, unsigned n);
+
+// How long RequestCmd waits for the agent at most, in milliseconds, for the
+// whole exchange. Tests may shorten it.
+extern int g_iRequestTimeoutMs;
+
+#endif

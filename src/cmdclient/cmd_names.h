@@ -1,0 +1,18 @@
+// The command-name table: every command the agent knows, by name and number.
+#ifndef NV_CMDCLIENT_CMD_NAMES_H
+#define NV_CMDCLIENT_CMD_NAMES_H
+
+struct ST_CMD_NAME {
+    short shCmdNo;
+    const char* pcName;
+};
+
+extern const ST_CMD_NAME g_astCmdName[];
+extern const int g_iCmdNameNum;
+
+// The number of a command name, or -1 when the name is unknown.
+int FindCmdNo(const char* pcName);
+// The name of a command number, or null when the number is unknown.
+const char* FindCmdName(int iCmdNo);
+
+#endif

@@ -1,0 +1,203 @@
+// RequestCmd: one request and its answer over the connected agent socket,
+// with a bounded wait, and the decoding of a check answer into the record.
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "cmdclient/cmd_client.h"
+#include "link/result_codes.h"
+#include "wire/wire.h"
+
+int g_iRequestTimeoutMs = 10000;
+
+namespace {
+
+typedef std::chrono::steady_clock Clock;
+
+struct Exchange {
+    int fd;
+    Clock::time_point deadline;
+    std::string detail;  // why a local failure happened, for sReqRetInfo
+};
+
+// Waits until fd is ready for events or the deadline passes.
+bool WaitReady(Exchange& ex, short events) {
+    for (;;) {
+        auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(ex.deadline - Clock::now());
+        if (left.count() <= 0)
+            break;
+        pollfd pfd = {ex.fd, events, 0};
+        int rc = poll(&pfd, 1, static_cast<int>(left.count()));
+        if (rc > 0)
+            return true;
+        if (rc < 0 && errno != EINTR) {
+            ex.detail = std::string("Waiting for the agent failed: ") + strerror(errno) + ".";
+            return false;
+        }
+    }
+    char buf[96];
+    snprintf(buf, sizeof buf, "No answer from the agent within %d ms.", g_iRequestTimeoutMs);
+    ex.detail = buf;
+    return false;
+}
+
+int SendAll(Exchange& ex, const char* p, size_t n) {
+    while (n > 0) {
+        if (!WaitReady(ex, POLLOUT))
+            return em_Error;
+        ssize_t w = send(ex.fd, p, n, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (w < 0) {
+            if (errno == EINTR || errno == EAGAIN)
+                continue;
+            ex.detail = std::string("Sending to the agent failed: ") + strerror(errno) + ".";
+            return em_ComSendReqPkgLenNotMatch;
+        }
+        p += w;
+        n -= static_cast<size_t>(w);
+    }
+    return em_OK;
+}
+
+// Reads until `have` reaches `want` bytes into buf.
+int RecvUntil(Exchange& ex, char* buf, size_t& have, size_t want, size_t total) {
+    while (have < want) {
+        if (!WaitReady(ex, POLLIN))
+            return em_Error;
+        ssize_t r = recv(ex.fd, buf + have, want - have, MSG_DONTWAIT);
+        if (r < 0) {
+            if (errno == EINTR || errno == EAGAIN)
+                continue;
+            ex.detail = std::string("Reading from the agent failed: ") + strerror(errno) + ".";
+            return em_ComSendReqPkgRecvFinUnexpect;
+        }
+        if (r == 0) {
+            char msg[128];
+            snprintf(msg, sizeof msg, "Received %zu of %zu bytes.", have, total);
+            ex.detail = msg;
+            return em_ComSendReqPkgRecvFinUnexpect;
+        }
+        have += static_cast<size_t>(r);
+    }
+    return em_OK;
+}
+
+// The payload is the text held in szCmdBuff, no longer than the length the
+// request announces (a payload longer than the buffer was cut when copied).
+size_t PayloadLen(const cGlobalVal* p) {
+    if (p->iLenToSend <= static_cast<int>(nvwire::kReqHeaderLen))
+        return 0;
+    size_t announced = static_cast<size_t>(p->iLenToSend) - nvwire::kReqHeaderLen;
+    size_t held = strnlen(p->szCmdBuff, sizeof(p->szCmdBuff) - 1);
+    return announced < held ? announced : held;
+}
+
+int SendRequest(cGlobalVal* p, Exchange& ex) {
+    size_t plen = PayloadLen(p);
+    size_t total = nvwire::kReqHeaderLen + plen;
+    nvwire::PutRequestHeader(p->szSendBuff, static_cast<uint32_t>(total), p->shCmdNo);
+    if (total <= sizeof(p->szSendBuff)) {
+        memcpy(p->szSendBuff + nvwire::kReqHeaderLen, p->szCmdBuff, plen);
+        return SendAll(ex, p->szSendBuff, total);
+    }
+    int rc = SendAll(ex, p->szSendBuff, nvwire::kReqHeaderLen);
+    return rc != em_OK ? rc : SendAll(ex, p->szCmdBuff, plen);
+}
+
+// Reads one whole answer. Small answers stay in szRecvBuff; larger ones go
+// to a buffer kept between calls so that large states do not reallocate.
+int RecvAnswer(cGlobalVal* p, Exchange& ex, const char*& pkt, size_t& len) {
+    static std::vector<char> s_big;
+    size_t have = 0;
+    int rc = RecvUntil(ex, p->szRecvBuff, have, 4, 4);
+    if (rc != em_OK)
+        return rc;
+    uint32_t pkglen = 0;
+    rc = nvwire::ParseAnswerLength(p->szRecvBuff, have, pkglen);
+    if (rc != em_OK) {
+        ex.detail = "The answer announces an impossible length.";
+        return rc;
+    }
+    char* buf = p->szRecvBuff;
+    if (pkglen > sizeof(p->szRecvBuff)) {
+        s_big.resize(pkglen);
+        memcpy(s_big.data(), p->szRecvBuff, have);
+        buf = s_big.data();
+    }
+    rc = RecvUntil(ex, buf, have, pkglen, pkglen);
+    if (rc != em_OK)
+        return rc;
+    p->iLenRecved = static_cast<int>(pkglen);
+    pkt = buf;
+    len = pkglen;
+    return em_OK;
+}
+
+// Decodes the state into scratch records first, so that a malformed answer
+// leaves the last good state in place.
+int LoadState(cGlobalVal* p, const nvwire::AnswerView& a) {
+    static cConf_Inf s_conf;
+    static cSvrState s_svr;
+    int rc = nvwire::DecodeStateBody(a.body, a.bodyLen, s_conf, s_svr);
+    if (rc != em_OK)
+        return rc;
+    std::swap(p->objCif, s_conf);
+    std::swap(p->objSS, s_svr);
+    return em_OK;
+}
+
+bool IsCheck(const cGlobalVal* p) {
+    return p->shCmdNo == nvwire::kCmdCheck;
+}
+
+int Converse(cGlobalVal* p, Exchange& ex) {
+    int rc = SendRequest(p, ex);
+    if (rc != em_OK)
+        return rc;
+    const char* pkt = nullptr;
+    size_t len = 0;
+    rc = RecvAnswer(p, ex, pkt, len);
+    if (rc != em_OK)
+        return rc;
+    nvwire::AnswerView a;
+    rc = nvwire::ParseAnswer(pkt, len, a);
+    if (rc != em_OK)
+        return rc;
+    if (a.cmd != p->shCmdNo) {
+        ex.detail = "The answer belongs to another command.";
+        return em_ParsePkgCmdNoOutOfRange;
+    }
+    p->sReqRetInfo = a.detail;
+    if (IsCheck(p) && (a.result == em_OK || a.result == em_ActSuccAll)) {
+        rc = LoadState(p, a);
+        if (rc != em_OK) {
+            p->sReqRetInfo = "The state in the answer could not be read.";
+            return rc;
+        }
+    }
+    return a.result;
+}
+
+}  // namespace
+
+int RequestCmd(cGlobalVal* pObj) {
+    Exchange ex;
+    ex.fd = pObj->fdConn;
+    ex.deadline = Clock::now() + std::chrono::milliseconds(g_iRequestTimeoutMs);
+    pObj->iLenRecved = 0;
+    pObj->sReqRetInfo.clear();
+    int rc = Converse(pObj, ex);
+    if (!ex.detail.empty())
+        pObj->sReqRetInfo = ex.detail;
+    close(pObj->fdConn);
+    pObj->fdConn = -1;
+    pObj->iRet = rc;
+    return rc;
+}
