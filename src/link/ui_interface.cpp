@@ -30,9 +30,7 @@ void ApplyLinkEnvironment() {
              pcLog && *pcLog ? pcLog : NVUI_DEFAULT_LOG);
 }
 
-// Creates the stream socket into fdConn and connects it to the agent; errors
-// are logged as the calling request's.
-static int ConnectAgent(const char* pcCaller) {
+int ConnectAgent(const char* pcCaller) {
     struct sockaddr_un stAddr;
     memset(&stAddr, 0, sizeof(stAddr));
     if (gs_bFailedConnOpen) {

@@ -23,4 +23,10 @@ const char* GetOperatingInfoStr(int iInfoIndex);
 // agent without the console's start-up call this and the two map fillers.
 void ApplyLinkEnvironment();
 
+// Creates the stream socket into fdConn and connects it to the agent; errors
+// are logged as the calling request's. 0, -1 (no socket) or
+// ERR_CONNECT_FAILED. Tools that send commands outside the console's range
+// connect with it and then call RequestCmd themselves.
+int ConnectAgent(const char* pcCaller);
+
 #endif

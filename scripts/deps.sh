@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build and the tests need, when missing,
+# and generates the two locales the console uses.
+set -euo pipefail
+
+packages=(
+  g++ cmake make pkg-config
+  libncurses-dev libgtest-dev libgmock-dev libbenchmark-dev
+  nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  [ -n "$p" ] || continue
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$p")
+  fi
+done
+
+SUDO=""
+[ "$(id -u)" -eq 0 ] || SUDO="sudo"
+
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "deps: installing ${missing[*]}"
+  $SUDO apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${missing[@]}" >/dev/null
+fi
+
+have_locale() { locale -a 2>/dev/null | tr 'A-Z' 'a-z' | tr -d '-' | grep -qx "$1"; }
+need_gen=0
+if ! have_locale en_us.utf8; then
+  echo 'en_US.UTF-8 UTF-8' | $SUDO tee -a /etc/locale.gen >/dev/null; need_gen=1
+fi
+if ! have_locale zh_cn.gb2312; then
+  echo 'zh_CN.GB2312 GB2312' | $SUDO tee -a /etc/locale.gen >/dev/null; need_gen=1
+fi
+if [ $need_gen -eq 1 ]; then
+  $SUDO locale-gen >/dev/null
+fi

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test: the normal build,
+# the same tests under AddressSanitizer and UndefinedBehaviorSanitizer, and
+# each fuzz target for a bounded time.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+FUZZ_SECONDS="${FUZZ_SECONDS:-30}"
+JOBS="$(nproc)"
+
+bash scripts/deps.sh
+
+run_suite() {  # build dir, extra cmake flags...
+  local dir=$1; shift
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+  cmake --build "$dir" -j"$JOBS"
+  (cd "$dir" && ctest -j"$JOBS" --output-on-failure --timeout 300) | tee "$dir/ctest.log"
+}
+
+echo "== build and test =="
+run_suite build
+echo "== build and test under ASan+UBSan =="
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  run_suite build-asan -DNV_SANITIZE=ON -DNV_BENCH=OFF
+
+echo "== fuzz targets, ${FUZZ_SECONDS}s each =="
+cmake -S . -B build-fuzz -DNV_FUZZ=ON -DNV_BENCH=OFF -DCMAKE_CXX_COMPILER=clang++ \
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build build-fuzz -j"$JOBS"
+bash scripts/fuzz.sh build-fuzz "$FUZZ_SECONDS"
+
+total() { grep -Eo 'tests failed out of [0-9]+' "$1" | grep -Eo '[0-9]+$'; }
+n=$(( $(total build/ctest.log) + $(total build-asan/ctest.log) ))
+echo "tests: $n passed, 0 failed"

@@ -1,0 +1,133 @@
+// File reading and atomic replacement with POSIX calls, so that every failure
+// reports the system's own reason.
+#include "agent/atomic_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace nvagent {
+
+namespace {
+
+// Closes a descriptor at scope exit.
+class Fd {
+public:
+    explicit Fd(int fd) : m_fd(fd) {}
+    ~Fd() {
+        if (m_fd >= 0)
+            close(m_fd);
+    }
+    Fd(const Fd&) = delete;
+    Fd& operator=(const Fd&) = delete;
+    int Get() const { return m_fd; }
+    // Closes now; returns the errno of a failed close, else 0.
+    int Close() {
+        int rc = close(m_fd);
+        m_fd = -1;
+        return rc == 0 ? 0 : errno;
+    }
+
+private:
+    int m_fd;
+};
+
+int WriteAll(int fd, const std::string& data) {
+    size_t done = 0;
+    while (done < data.size()) {
+        ssize_t n = write(fd, data.data() + done, data.size() - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return errno;
+        done += static_cast<size_t>(n);
+    }
+    return 0;
+}
+
+std::string DirOf(const std::string& path) {
+    size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+int SyncDir(const std::string& dir) {
+    Fd fd(open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.Get() < 0)
+        return errno;
+    return fsync(fd.Get()) == 0 ? 0 : errno;
+}
+
+// The mode of the file being replaced, or 0644 for a new one.
+mode_t ModeFor(const std::string& path) {
+    struct stat sb;
+    return stat(path.c_str(), &sb) == 0 ? (sb.st_mode & 07777) : 0644;
+}
+
+// Writes and syncs the temporary file; returns errno or 0.
+int WriteTemp(std::vector<char>& name, const std::string& data, mode_t mode) {
+    Fd fd(mkstemp(name.data()));
+    if (fd.Get() < 0)
+        return errno;
+    int e = WriteAll(fd.Get(), data);
+    if (e == 0 && fchmod(fd.Get(), mode) != 0)
+        e = errno;
+    if (e == 0 && fsync(fd.Get()) != 0)
+        e = errno;
+    if (e == 0)
+        e = fd.Close();
+    if (e != 0)
+        unlink(name.data());
+    return e;
+}
+
+}  // namespace
+
+int ReadWholeFile(const std::string& path, std::string& text) {
+    Fd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (fd.Get() < 0)
+        return errno;
+    struct stat sb;
+    if (fstat(fd.Get(), &sb) != 0)
+        return errno;
+    if (S_ISDIR(sb.st_mode))
+        return EISDIR;
+    std::string out;
+    char buf[65536];
+    while (true) {
+        ssize_t n = read(fd.Get(), buf, sizeof buf);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return errno;
+        if (n == 0)
+            break;
+        out.append(buf, static_cast<size_t>(n));
+    }
+    text.swap(out);
+    return 0;
+}
+
+bool WriteFileAtomically(const std::string& path, const std::string& data, std::string& err) {
+    std::string tmpl = path + ".XXXXXX";
+    std::vector<char> name(tmpl.begin(), tmpl.end());
+    name.push_back('\0');
+    int e = WriteTemp(name, data, ModeFor(path));
+    if (e == 0 && rename(name.data(), path.c_str()) != 0) {
+        e = errno;
+        unlink(name.data());
+    }
+    if (e == 0)
+        e = SyncDir(DirOf(path));
+    if (e != 0)
+        err = strerror(e);
+    return e == 0;
+}
+
+}  // namespace nvagent

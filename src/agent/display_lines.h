@@ -1,0 +1,24 @@
+// The display lines the console shows for each list, generated from the
+// structured data. Lists the user deletes from by index (disk volumes,
+// backups, firewall rules) and the interface list start with a 1-based index
+// column that matches the indexes the delete commands take.
+#ifndef NV_AGENT_DISPLAY_LINES_H
+#define NV_AGENT_DISPLAY_LINES_H
+
+#include <vector>
+
+#include "agent/sim_state.h"
+#include "link/state_record.h"
+
+namespace nvagent {
+
+tVecStr VolumeLines(const std::vector<cDiskVolume>& v);
+tVecStr BackupLines(const std::vector<cBakForSize>& v);
+tVecStr RuleLines(const std::vector<FwRule>& v);
+tVecStr InterfaceLines(const std::vector<NetInterface>& v);
+tVecStr ListenLines(const std::vector<cTcpListen>& v);
+tVecStr DiskInfoLines(const std::vector<cDiskInfo>& v);
+
+}  // namespace nvagent
+
+#endif

@@ -1,0 +1,104 @@
+// Parsing norvaned's command line with getopt_long.
+#include "agent/norvaned_options.h"
+
+#include <getopt.h>
+
+namespace nvagent {
+
+namespace {
+
+enum OptionId { kSocket = 1, kBackend, kState, kJournal, kForeground, kHelp };
+
+const option kLongOptions[] = {
+    {"socket", required_argument, nullptr, kSocket},
+    {"backend", required_argument, nullptr, kBackend},
+    {"state", required_argument, nullptr, kState},
+    {"journal", required_argument, nullptr, kJournal},
+    {"foreground", no_argument, nullptr, kForeground},
+    {"help", no_argument, nullptr, kHelp},
+    {nullptr, 0, nullptr, 0},
+};
+
+// The option getopt stopped at: a short option is named by optopt (a long
+// one leaves optopt 0, or its id when its value is missing), a long one by the
+// word just passed.
+std::string Offending(int argc, char** argv, bool missingValue) {
+    if (!missingValue && optopt > ' ' && optopt < 127)
+        return std::string("-") + char(optopt);
+    int at = optind - 1;
+    return at > 0 && at < argc ? std::string(argv[at]) : std::string("?");
+}
+
+bool Apply(int id, NorvanedOptions& opts) {
+    switch (id) {
+        case kSocket:
+            opts.sSocketPath = optarg;
+            return true;
+        case kBackend:
+            opts.sBackend = optarg;
+            return true;
+        case kState:
+            opts.sStatePath = optarg;
+            return true;
+        case kJournal:
+            opts.sJournalPath = optarg;
+            return true;
+        case kForeground:
+            opts.bForeground = true;
+            return true;
+        case kHelp:
+            opts.bHelp = true;
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::string& err) {
+    optind = 0;  // full re-initialisation, so the parser can run more than once
+    opterr = 0;
+    int id;
+    while ((id = getopt_long(argc, argv, ":", kLongOptions, nullptr)) != -1) {
+        if (id == ':') {
+            err = "option " + Offending(argc, argv, true) + " needs a value";
+            return false;
+        }
+        if (!Apply(id, opts)) {
+            err = "unknown option " + Offending(argc, argv, false);
+            return false;
+        }
+    }
+    if (optind < argc) {
+        err = std::string("unexpected argument ") + argv[optind];
+        return false;
+    }
+    if (opts.sSocketPath.empty()) {
+        err = "--socket needs a non-empty path";
+        return false;
+    }
+    if (opts.sBackend != "sim") {
+        err = "unknown backend '" + opts.sBackend + "' (available: sim)";
+        return false;
+    }
+    return true;
+}
+
+const char* NorvanedUsage() {
+    return "Usage: norvaned [OPTION]...\n"
+           "The norvane agent service: serves the console's check and set requests.\n"
+           "\n"
+           "  --socket PATH   listen on PATH (default /dev/nvsock)\n"
+           "  --backend NAME  state backend; only 'sim' exists (default sim)\n"
+           "  --state FILE    load and save the simulated state in FILE\n"
+           "                  (default: none, the state lives in memory only)\n"
+           "  --journal FILE  append one JSON line per request received to FILE\n"
+           "  --foreground    stay attached to the terminal instead of detaching\n"
+           "  --help          show this text and exit\n"
+           "\n"
+           "Exit status: 0 after a clean stop (SIGTERM or SIGINT), 1 when the agent\n"
+           "cannot start, 2 for a usage error.\n";
+}
+
+}  // namespace nvagent

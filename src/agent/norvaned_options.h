@@ -1,0 +1,28 @@
+// The command line of norvaned.
+#ifndef NV_AGENT_NORVANED_OPTIONS_H
+#define NV_AGENT_NORVANED_OPTIONS_H
+
+#include <string>
+
+namespace nvagent {
+
+struct NorvanedOptions {
+    std::string sSocketPath = "/dev/nvsock";
+    std::string sBackend = "sim";
+    std::string sStatePath;    // empty: the state is kept in memory only
+    std::string sJournalPath;  // empty: no journal
+    bool bForeground = false;
+    bool bHelp = false;
+};
+
+// Parses argv into opts. Returns false with a message in err for a usage
+// error: an unknown option, a missing value, a stray argument or a backend
+// other than "sim".
+bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::string& err);
+
+// The --help text.
+const char* NorvanedUsage();
+
+}  // namespace nvagent
+
+#endif

@@ -1,0 +1,35 @@
+// Turning one complete request into its answer packet.
+#include "agent/request_dispatch.h"
+
+#include "link/result_codes.h"
+#include "wire/wire.h"
+
+namespace nvagent {
+
+namespace {
+
+bool IsSetCommand(short cmd) {
+    return cmd == nvwire::kCmdSetLang || (cmd >= kFirstSetCmd && cmd <= kLastSetCmd);
+}
+
+}  // namespace
+
+int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs) {
+    static const std::string kNoDetail;
+    if (cmd == nvwire::kCmdCheck) {
+        bufs.body.clear();
+        backend.CheckBody(bufs.body);
+        nvwire::BuildAnswer(bufs.answer, cmd, em_OK, kNoDetail, bufs.body.data(), bufs.body.size());
+        return em_OK;
+    }
+    if (IsSetCommand(cmd)) {
+        CmdResult res = backend.Apply(cmd, payload);
+        nvwire::BuildAnswer(bufs.answer, cmd, res.iCode, res.sDetail, "", 0);
+        return res.iCode;
+    }
+    nvwire::BuildAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange,
+                        "unknown command " + std::to_string(cmd), "", 0);
+    return em_ParsePkgCmdNoOutOfRange;
+}
+
+}  // namespace nvagent

@@ -1,0 +1,62 @@
+// The simulator's whole state: the reported records plus the structured data
+// that only the agent sees (firewall rules, interfaces, users, clock offset).
+#ifndef NV_AGENT_SIM_STATE_H
+#define NV_AGENT_SIM_STATE_H
+
+#include <string>
+#include <vector>
+
+#include "agent/state_json.h"
+#include "link/state_record.h"
+
+namespace nvagent {
+
+enum FwProto { kProtoTcp = 1, kProtoUdp = 2 };
+enum FwAction { kActAccept = 1, kActDrop = 2, kActReject = 3 };
+enum IfMode { kModeStatic = 1, kModeDynamic = 2 };
+
+// One firewall rule; an empty address matches any address, port 0 any port.
+struct FwRule {
+    int proto = kProtoTcp;
+    std::string src;
+    int sport = 0;
+    std::string dst;
+    int dport = 0;
+    int action = kActAccept;
+};
+
+// One network interface; empty address fields are unset.
+struct NetInterface {
+    std::string name;
+    std::string mac;
+    int mode = kModeStatic;
+    bool up = true;
+    std::string ip;
+    std::string mask;
+    std::string gateway;
+    std::string dns1;
+    std::string dns2;
+};
+
+// A login known to the password command. The password itself is never kept:
+// pwChanged is the (simulated) time of the last change in seconds since the
+// epoch, 0 for never.
+struct SimUser {
+    std::string name;
+    long long pwChanged = 0;
+};
+
+struct SimState {
+    cConf_Inf conf = DefaultConf();
+    cSvrState svr;
+    std::vector<FwRule> inputRules;
+    std::vector<FwRule> outputRules;
+    std::vector<NetInterface> interfaces;
+    std::vector<SimUser> users;
+    // Added to the real clock to give the reported date and time.
+    long long clockOffset = 0;
+};
+
+}  // namespace nvagent
+
+#endif
