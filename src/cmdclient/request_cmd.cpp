@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -112,9 +113,31 @@ int SendRequest(cGlobalVal* p, Exchange& ex) {
 }
 
 // Reads one whole answer. Small answers stay in szRecvBuff; larger ones go
-// to a buffer kept between calls so that large states do not reallocate.
+// to a buffer kept between calls so that large states do not reallocate. The
+// buffer grows with the bytes that actually arrive, never ahead of them to
+// whatever length an answer announces, and a very large one is given back.
+const size_t kGrowStep = 1u << 20;
+const size_t kKeepBigBuffer = 8u << 20;
+std::vector<char> s_big;
+
+int RecvLarge(cGlobalVal* p, Exchange& ex, size_t have, size_t pkglen) {
+    s_big.assign(p->szRecvBuff, p->szRecvBuff + have);
+    while (have < pkglen) {
+        size_t want = std::min(pkglen, have + kGrowStep);
+        s_big.resize(want);
+        int rc = RecvUntil(ex, s_big.data(), have, want, pkglen);
+        if (rc != em_OK)
+            return rc;
+    }
+    return em_OK;
+}
+
+void ReleaseLargeBuffer() {
+    if (s_big.capacity() > kKeepBigBuffer)
+        std::vector<char>().swap(s_big);
+}
+
 int RecvAnswer(cGlobalVal* p, Exchange& ex, const char*& pkt, size_t& len) {
-    static std::vector<char> s_big;
     size_t have = 0;
     int rc = RecvUntil(ex, p->szRecvBuff, have, 4, 4);
     if (rc != em_OK)
@@ -125,17 +148,16 @@ int RecvAnswer(cGlobalVal* p, Exchange& ex, const char*& pkt, size_t& len) {
         ex.detail = "The answer announces an impossible length.";
         return rc;
     }
-    char* buf = p->szRecvBuff;
-    if (pkglen > sizeof(p->szRecvBuff)) {
-        s_big.resize(pkglen);
-        memcpy(s_big.data(), p->szRecvBuff, have);
-        buf = s_big.data();
+    if (pkglen <= sizeof(p->szRecvBuff)) {
+        rc = RecvUntil(ex, p->szRecvBuff, have, pkglen, pkglen);
+        pkt = p->szRecvBuff;
+    } else {
+        rc = RecvLarge(p, ex, have, pkglen);
+        pkt = s_big.data();
     }
-    rc = RecvUntil(ex, buf, have, pkglen, pkglen);
     if (rc != em_OK)
         return rc;
     p->iLenRecved = static_cast<int>(pkglen);
-    pkt = buf;
     len = pkglen;
     return em_OK;
 }
@@ -198,6 +220,7 @@ int RequestCmd(cGlobalVal* pObj) {
         pObj->sReqRetInfo = ex.detail;
     close(pObj->fdConn);
     pObj->fdConn = -1;
+    ReleaseLargeBuffer();
     pObj->iRet = rc;
     return rc;
 }
