@@ -1,0 +1,46 @@
+// The menu tree. A leaf whose page is not built yet has no page builder, so
+// Enter on it does nothing.
+#include "menu/menu_tree.h"
+
+#include "strings/com_str.h"
+#include "strings/prompt_id.h"
+
+#define NV_LEAF(name, label, func) \
+    static const NV_MENU_ITEM name = {label, PROMPT_CONTENT, 0, func, nullptr}
+#define NV_NODE(name, label, list) \
+    static const NV_MENU_ITEM name = {label, 0, sizeof(list) / sizeof(list[0]), nullptr, list}
+
+NV_LEAF(stNetInterface, pcStrNetInterface, nullptr);
+NV_LEAF(stSysStateConf, pcStrSysStateConfig, nullptr);
+static const NV_MENU_ITEM* const pstSysConfList[] = {&stNetInterface, &stSysStateConf};
+NV_NODE(stSysConf, pcStrSysConfig, pstSysConfList);
+
+NV_LEAF(stNetOptm, pcStrNetOptimize, nullptr);
+NV_LEAF(stResOptm, pcStrResOptimize, nullptr);
+static const NV_MENU_ITEM* const pstSysOptimizeList[] = {&stNetOptm, &stResOptm};
+NV_NODE(stSysOptimize, pcStrSysOptimize, pstSysOptimizeList);
+
+NV_LEAF(stFileMonit, pcStrFileMonit, nullptr);
+NV_LEAF(stProcMonit, pcStrProcMonit, nullptr);
+NV_LEAF(stCpuMonit, pcStrCpuMonit, nullptr);
+NV_LEAF(stMemMonit, pcStrMemoryMonit, nullptr);
+NV_LEAF(stDiskMonit, pcStrDiskMonit, nullptr);
+NV_LEAF(stBakMonit, pcStrBakMonit, nullptr);
+NV_LEAF(stTcpPortState, pcStrTcpPortState, nullptr);
+static const NV_MENU_ITEM* const pstSysMonitList[] = {&stFileMonit,   &stProcMonit, &stCpuMonit,
+                                                      &stMemMonit,    &stDiskMonit, &stBakMonit,
+                                                      &stTcpPortState};
+NV_NODE(stSysMonit, pcStrSysMonit, pstSysMonitList);
+
+NV_LEAF(stIpTableInput, pcStrInput, nullptr);
+NV_LEAF(stIpTableOutput, pcStrOutput, nullptr);
+static const NV_MENU_ITEM* const pstIpTableList[] = {&stIpTableInput, &stIpTableOutput};
+NV_NODE(stIpTable, pcStrIpTable, pstIpTableList);
+NV_LEAF(stVsftpd, pcStrVsftpd, nullptr);
+NV_LEAF(stSamba, pcStrSamba, nullptr);
+static const NV_MENU_ITEM* const pstAppConfigList[] = {&stIpTable, &stVsftpd, &stSamba};
+NV_NODE(stAppConf, pcStrAppConfig, pstAppConfigList);
+
+static const NV_MENU_ITEM* const pstMainMenuList[] = {&stSysConf, &stSysOptimize, &stSysMonit,
+                                                      &stAppConf};
+const NV_MENU_ITEM stMainMenu = {pcStrMainMenu, 0, 4, nullptr, pstMainMenuList};
