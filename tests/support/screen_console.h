@@ -8,11 +8,11 @@
 //   o.iRows = 30; o.iCols = 100;  // the demo state by default
 //   ASSERT_TRUE(run.Start(o, &err)) << err;
 //   nvtest::ScreenSession& s = run.Screen();
-//   ASSERT_TRUE(s.WaitForText(27, "[Esc]exit")) << s.Dump();
+//   ASSERT_TRUE(s.WaitForText(27, "Select menu")) << s.Dump();
 //   s.SendKey(nvtest::Key::Enter);
 //   ...
-//   EXPECT_EQ(run.Agent().ReadJournal().size(), 3u);
-//   EXPECT_NE(run.ReadConsoleLog().find("ui start ok"), std::string::npos);
+//   std::vector<nlohmann::json> requests = run.Agent().ReadJournal();
+//   std::string log = run.ReadConsoleLog();
 #ifndef NV_TESTS_SUPPORT_SCREEN_CONSOLE_H
 #define NV_TESTS_SUPPORT_SCREEN_CONSOLE_H
 

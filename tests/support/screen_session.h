@@ -9,10 +9,11 @@
 //   o.iRows = 24; o.iCols = 80;
 //   o.vsEnv = {"NVUI_SOCKET=" + agent.SocketPath()};
 //   ASSERT_TRUE(s.Start({NV_BIN_DIR "/nvui"}, o, &err)) << err;
-//   ASSERT_TRUE(s.WaitForText(21, "[Esc]exit")) << s.Dump();
-//   s.SendKey(nvtest::Key::Down);
-//   ASSERT_TRUE(s.WaitForText(4, "Kernel")) << s.Dump();
-//   EXPECT_TRUE(nvtest::HasPair(s.Cell(0, 0), 1));
+//   ASSERT_TRUE(s.WaitForText(21, "[up/down arrow]Select item")) << s.Dump();
+//   s.SendKey(nvtest::Key::Enter);
+//   ASSERT_TRUE(s.WaitForTextAt(4, 23, "Net Interface")) << s.DumpColors();
+//   EXPECT_TRUE(s.Cell(4, 23).bReverse && nvtest::HasPair(s.Cell(4, 23), 4));
+//   EXPECT_TRUE(s.SpanHasPair(0, 0, s.Cols(), 1));
 //
 // Rows and columns count from 0 at the top left. Colours are palette numbers
 // as curses names them (COLOR_BLACK 0 ... COLOR_WHITE 7); kColorDefault is
