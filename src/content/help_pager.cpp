@@ -1,7 +1,15 @@
-// The help pager's window: created once at start, released at exit.
+// The help pager: its window, created once at start, and the paging of a
+// help text in it.
 #include "content/help_pager.h"
 
 #include <cstring>
+
+#include "content/draw_types.h"
+#include "shell/nv_log.h"
+#include "shell/screen.h"
+#include "shell/screen_frame.h"
+#include "strings/com_str.h"
+#include "strings/help_id.h"
 
 HELP_INFO_PARA sg_HelpInfo;
 
@@ -23,4 +31,100 @@ void UnInitHelpInfo() {
     if (sg_HelpInfo.pHelpWin)
         delwin(sg_HelpInfo.pHelpWin);
     memset(&sg_HelpInfo, 0, sizeof(sg_HelpInfo));
+}
+
+static void ResetPages(HELP_INFO_PARA* p) {
+    memset(p->aiPageStartStrPos, 0, sizeof(p->aiPageStartStrPos));
+    p->iTotalPageNum = 1;
+    p->iCurPageNum = 0;
+}
+
+// A new page starts where a line feed or a full line would pass the last
+// line of the area; that line feed then opens the new page as an empty line.
+void BreakHelpPages(HELP_INFO_PARA* p, const char* pcText) {
+    ResetPages(p);
+    int iLine = p->iStartY, iCol = p->iStartX;
+    for (int i = 0; pcText[i] != '\0'; ++i) {
+        bool bLineFeed = pcText[i] == '\n';
+        if (!bLineFeed && iCol < p->iStartX + p->iWidth) {
+            ++iCol;
+            continue;
+        }
+        ++iLine;
+        iCol = p->iStartX;
+        if (iLine >= p->iStartY + p->iHeight) {
+            if (p->iTotalPageNum < HELP_MAX_PAGES)
+                p->aiPageStartStrPos[p->iTotalPageNum++] = i;
+            iLine = p->iStartY;
+        }
+        if (!bLineFeed)
+            ++iCol;
+    }
+}
+
+void ShowHelpInfoPage(int iPage) {
+    HELP_INFO_PARA* p = &sg_HelpInfo;
+    const char* pcText = p->pcHelpInfoStr;
+    if (iPage >= p->iTotalPageNum || iPage < 0 || pcText == nullptr)
+        return;
+    p->iCurPageNum = iPage;
+    ClearWindowRegion(p->pHelpWin, p->iStartX, p->iStartY, p->iWidth, p->iHeight);
+    int iEnd = iPage < p->iTotalPageNum - 1 ? p->aiPageStartStrPos[iPage + 1]
+                                            : static_cast<int>(strlen(pcText)) + 1;
+    int iLine = p->iStartY, iCol = p->iStartX;
+    wmove(p->pHelpWin, iLine, iCol);
+    for (int i = p->aiPageStartStrPos[iPage]; pcText[i] != '\0' && i < iEnd; ++i) {
+        if (pcText[i] == '\n' || iCol >= p->iStartX + p->iWidth) {
+            if (++iLine >= p->iStartY + p->iHeight)
+                iLine = p->iStartY;
+            iCol = p->iStartX;
+            wmove(p->pHelpWin, iLine, iCol);
+        }
+        if (pcText[i] == '\n')
+            continue;
+        waddch(p->pHelpWin, static_cast<unsigned char>(pcText[i]));
+        ++iCol;
+    }
+    wrefresh(p->pHelpWin);
+}
+
+void ShowHelpInfo(int id, pfBackToLastLevel pfnReturn) {
+    if (id < 0 || id >= EN_HELP_MAX || pfnReturn == nullptr)
+        return;
+    HELP_INFO_PARA* p = &sg_HelpInfo;
+    p->pfnReturn = pfnReturn;
+    RegistKeyFunc(HelpInfoKeyFunc, p->pHelpWin);
+    box(p->pHelpWin, 0, 0);
+    RefreshPrompt(PROMPT_HELP);
+    p->pcHelpInfoStr = const_cast<char*>(pcStrHelp[id][iLanIdx]);
+    NV_DBG("Show help info:%s", p->pcHelpInfoStr);
+    BreakHelpPages(p, p->pcHelpInfoStr);
+    ShowHelpInfoPage(0);
+}
+
+void HelpInfoKeyFunc(int iKey) {
+    HELP_INFO_PARA* p = &sg_HelpInfo;
+    switch (iKey) {
+        case KEY_UP:
+        case KEY_PPAGE:
+            if (p->iCurPageNum >= 1)
+                ShowHelpInfoPage(p->iCurPageNum - 1);
+            break;
+        case KEY_DOWN:
+        case KEY_NPAGE:
+            if (p->iTotalPageNum >= 2 && p->iCurPageNum < p->iTotalPageNum - 1) {
+                ShowHelpInfoPage(p->iCurPageNum + 1);
+            }
+            break;
+        case 27:
+            ResetPages(p);
+            if (p->pfnReturn) {
+                pfBackToLastLevel pfnReturn = p->pfnReturn;
+                p->pfnReturn = nullptr;
+                pfnReturn();
+            }
+            break;
+        default:
+            break;
+    }
 }

@@ -29,4 +29,14 @@ void InitHelpInfoWindow();
 // Deletes the help window and zeroes the pager.
 void UnInitHelpInfo();
 
+// Opens the pager with the help text of id; the keyboard goes back through
+// pfnReturn on Esc. Nothing happens for an unknown id or a null pfnReturn.
+void ShowHelpInfo(int id, pfBackToLastLevel pfnReturn);
+void ShowHelpInfoPage(int iPage);
+void HelpInfoKeyFunc(int iKey);
+
+// Breaks text into pages of the pager's text area, filling
+// aiPageStartStrPos and iTotalPageNum of pstPara.
+void BreakHelpPages(HELP_INFO_PARA* pstPara, const char* pcText);
+
 #endif

@@ -2,6 +2,7 @@
 // Enter on it does nothing.
 #include "menu/menu_tree.h"
 
+#include "pages/menu_struct.h"
 #include "strings/com_str.h"
 #include "strings/prompt_id.h"
 
@@ -26,7 +27,7 @@ NV_LEAF(stCpuMonit, pcStrCpuMonit, nullptr);
 NV_LEAF(stMemMonit, pcStrMemoryMonit, nullptr);
 NV_LEAF(stDiskMonit, pcStrDiskMonit, nullptr);
 NV_LEAF(stBakMonit, pcStrBakMonit, nullptr);
-NV_LEAF(stTcpPortState, pcStrTcpPortState, nullptr);
+NV_LEAF(stTcpPortState, pcStrTcpPortState, UI_TcpPortState);
 static const NV_MENU_ITEM* const pstSysMonitList[] = {&stFileMonit,   &stProcMonit, &stCpuMonit,
                                                       &stMemMonit,    &stDiskMonit, &stBakMonit,
                                                       &stTcpPortState};

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "content/content_view.h"
 #include "shell/screen.h"
 #include "strings/com_str.h"
 
@@ -26,6 +27,7 @@ void InitPromptWindow() {
 void InitContentWindow() {
     sg_Screen.ContentWin = NewBandWindow(LINES - 6, 3, 2);
     keypad(sg_Screen.ContentWin, TRUE);
+    memset(&sg_ContentInfo, 0, sizeof(sg_ContentInfo));
 }
 
 static void DeleteWindow(WINDOW*& pWin) {

@@ -1,0 +1,90 @@
+// The content view: entering a page, giving it back the keyboard, and
+// opening the control bar of the focused cell.
+#include "content/content_view.h"
+
+#include <cstring>
+#include <ctime>
+
+#include "shell/nv_log.h"
+#include "shell/screen.h"
+
+CONTENT_DRAW_INFO sg_ContentInfo;
+
+int EnterContent(CONTENT_DATA* pstContent) {
+    if (sg_ContentInfo.pstContent != nullptr) {
+        NV_DBG("free last content data!");
+        FreeContent(sg_ContentInfo.pstContent);
+    }
+    if (GetContentDrawInfo(sg_Screen.ContentWin, 0, 0, COLS, LINES - 6, 1, pstContent,
+                           &sg_ContentInfo) != 0) {
+        NV_DBG("GetContentDrawInfo failed!");
+        return -1;
+    }
+    sg_ContentInfo.iCursorInContentWinFlag = 1;
+    NV_DBG("GetContentDrawInfo ok!");
+    int iRet = ShowContent(&sg_ContentInfo);
+    if (iRet != 0) {
+        NV_DBG("ShowContent Failed!");
+        memset(&sg_ContentInfo, 0, sizeof(sg_ContentInfo));
+    }
+    sg_ContentInfo.iRefreshTime = time(NULL);
+    NV_DBG("ShowContent ok!");
+    return iRet;
+}
+
+void ReturnFunc() {
+    NV_DBG("Content return function!");
+    RedrawContent(&sg_ContentInfo);
+    RegistKeyFunc(ContentKeyFunc, sg_Screen.ContentWin);
+    sg_ContentInfo.iCursorInContentWinFlag = 1;
+}
+
+DRAW_PARAMETER ChooseBarRect(const CONTENT_DRAW_INFO* p) {
+    DRAW_PARAMETER r;
+    r.iWidth = 18 < p->iWindowWidth ? 18 : p->iWindowWidth;
+    r.iHeight = 7 < p->iWindowHeight ? 7 : p->iWindowHeight;
+    r.iStartX = getbegx(p->pWin) + p->iWindowStartX + (p->iWindowWidth - r.iWidth) * 3 / 4;
+    r.iStartY = getbegy(p->pWin) + p->iWindowStartY + (p->iWindowHeight - r.iHeight) / 2;
+    return r;
+}
+
+DRAW_PARAMETER InputBarRect(const CONTENT_DRAW_INFO* p) {
+    const CONTENT_SECTION& stSec = p->pstContent->pstItem[p->iFocusItem].pstSection[p->iFocusCol];
+    DRAW_PARAMETER r;
+    r.iStartX = ContentColX(p, p->iFocusCol);
+    r.iStartY = ContentRowLine(p, p->iFocusItem);
+    r.iWidth = stSec.iMaxWidth > 0 ? stSec.iMaxWidth : p->aiMaxColWidth[p->iFocusCol];
+    r.iHeight = 1;
+    return r;
+}
+
+DRAW_PARAMETER ListBarRect(const CONTENT_DRAW_INFO* p) {
+    DRAW_PARAMETER r;
+    r.iStartX = p->iWindowStartX + p->iWindowWidth / 8;
+    r.iStartY = p->iWindowStartY + 3;
+    r.iWidth = p->iWindowWidth * 3 / 4;
+    r.iHeight = p->iWindowHeight - 3;
+    return r;
+}
+
+DRAW_PARAMETER ShortcutBarRect() {
+    DRAW_PARAMETER r;
+    r.iStartX = COLS / 8;
+    r.iStartY = 6;
+    r.iWidth = COLS * 3 / 4;
+    r.iHeight = LINES - 9;
+    return r;
+}
+
+int ContentModify(const CONTENT_DRAW_INFO* p, pfBackToLastLevel pfnReturn) {
+    if (p == nullptr || p->pstContent == nullptr || p->iFocusItem >= p->pstContent->iItemNum) {
+        return -1;
+    }
+    const CONTENT_ITEM& stItem = p->pstContent->pstItem[p->iFocusItem];
+    if (p->iFocusCol >= stItem.iSectionNum)
+        return -1;
+    NV_DBG("Modify Item:%s", stItem.pstSection[0].strSecName.c_str());
+    (void)pfnReturn;
+    // No control bar is built yet: every cell type gives -1.
+    return -1;
+}
