@@ -16,15 +16,15 @@ NV_LEAF(stSysStateConf, pcStrSysStateConfig, nullptr);
 static const NV_MENU_ITEM* const pstSysConfList[] = {&stNetInterface, &stSysStateConf};
 NV_NODE(stSysConf, pcStrSysConfig, pstSysConfList);
 
-NV_LEAF(stNetOptm, pcStrNetOptimize, nullptr);
-NV_LEAF(stResOptm, pcStrResOptimize, nullptr);
+NV_LEAF(stNetOptm, pcStrNetOptimize, UI_NetWorkConfig);
+NV_LEAF(stResOptm, pcStrResOptimize, UI_ResourceConfig);
 static const NV_MENU_ITEM* const pstSysOptimizeList[] = {&stNetOptm, &stResOptm};
 NV_NODE(stSysOptimize, pcStrSysOptimize, pstSysOptimizeList);
 
-NV_LEAF(stFileMonit, pcStrFileMonit, nullptr);
-NV_LEAF(stProcMonit, pcStrProcMonit, nullptr);
-NV_LEAF(stCpuMonit, pcStrCpuMonit, nullptr);
-NV_LEAF(stMemMonit, pcStrMemoryMonit, nullptr);
+NV_LEAF(stFileMonit, pcStrFileMonit, UI_FileMonit);
+NV_LEAF(stProcMonit, pcStrProcMonit, UI_ProcessMonit);
+NV_LEAF(stCpuMonit, pcStrCpuMonit, UI_CpuMonit);
+NV_LEAF(stMemMonit, pcStrMemoryMonit, UI_MemoryMonit);
 NV_LEAF(stDiskMonit, pcStrDiskMonit, nullptr);
 NV_LEAF(stBakMonit, pcStrBakMonit, nullptr);
 NV_LEAF(stTcpPortState, pcStrTcpPortState, UI_TcpPortState);
@@ -37,8 +37,8 @@ NV_LEAF(stIpTableInput, pcStrInput, nullptr);
 NV_LEAF(stIpTableOutput, pcStrOutput, nullptr);
 static const NV_MENU_ITEM* const pstIpTableList[] = {&stIpTableInput, &stIpTableOutput};
 NV_NODE(stIpTable, pcStrIpTable, pstIpTableList);
-NV_LEAF(stVsftpd, pcStrVsftpd, nullptr);
-NV_LEAF(stSamba, pcStrSamba, nullptr);
+NV_LEAF(stVsftpd, pcStrVsftpd, UI_Vsftpd);
+NV_LEAF(stSamba, pcStrSamba, UI_Samba);
 static const NV_MENU_ITEM* const pstAppConfigList[] = {&stIpTable, &stVsftpd, &stSamba};
 NV_NODE(stAppConf, pcStrAppConfig, pstAppConfigList);
 

@@ -1,17 +1,17 @@
 // The listening-port page: one read-only row per listening socket, as the
 // agent's display lines give them.
-#include "content/content_view.h"
-#include "link/ui_interface.h"
+#include "link/global_val.h"
 #include "pages/menu_struct.h"
 #include "pages/page_build.h"
+#include "pages/page_rows.h"
 #include "shell/nv_log.h"
 #include "strings/help_id.h"
 #include "strings/prompt_id.h"
 
 int UI_TcpPortState(void* arg) {
     (void)arg;
-    int iRet = GetObjInfo();
-    if (iRet != em_OK && iRet != em_ActSuccAll)
+    int iRet;
+    if (!LoadState(iRet))
         return iRet;
     const tVecStr& vsLines = pg_Obj->objSS.vsTcpListenList;
     int iNum = static_cast<int>(vsLines.size());
@@ -22,6 +22,5 @@ int UI_TcpPortState(void* arg) {
         CONTENT_ITEM& stRow = SetRow(pstPage, i, PROMPT_CONTENT_NO_MODIFY, EN_TCP_PORT_LISTEN, 1);
         SetTextCell(stRow.pstSection[0], vsLines[i]);
     }
-    EnterContent(pstPage);
-    return 0;
+    return ShowPage(pstPage);
 }
