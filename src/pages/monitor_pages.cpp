@@ -9,42 +9,72 @@
 #include "strings/com_str.h"
 #include "strings/help_id.h"
 
-static void LogList(const char* pcTitle, const tVecStr& vsList) {
-    NV_DBG("%s", pcTitle);
-    for (const std::string& s : vsList)
-        NV_DBG("%s", s.c_str());
-}
+namespace {
 
-int UI_FileMonit(void* arg) {
-    (void)arg;
+// A monitored list with its switch: the file and the process pages.
+struct ST_LIST_MONIT {
+    char cConf_Inf::*pchFlag;
+    tVecStr cConf_Inf::*pvsList;
+    int iFlagHelp;
+    int iListHelp;
+    const char** pcListLabel;
+    UPDATE_FUNC pfnToggle;
+    UPDATE_FUNC pfnList;
+    const char* pcFlagLog;   // "...:%c"
+    const char* pcCountLog;  // "...:%d"
+    const char* pcListLog;
+};
+
+const ST_LIST_MONIT g_stFileMonit = {&cConf_Inf::chFileMonitFlag,
+                                     &cConf_Inf::vFileMonitList,
+                                     EN_FILE_MF,
+                                     EN_FILE_ML,
+                                     pcStrFileList,
+                                     FileMonitToggleUpdateFunc,
+                                     FileMonitListUpdateFunc,
+                                     "File monit Flag:%c",
+                                     "File Monit List: num:%u",
+                                     "File Monit List:"};
+
+const ST_LIST_MONIT g_stProcMonit = {&cConf_Inf::chProcessMonitFlag,
+                                     &cConf_Inf::vProcessMonitList,
+                                     EN_PROC_MF,
+                                     EN_PROC_ML,
+                                     pcStrProcList,
+                                     ProcMonitToggleUpdateFunc,
+                                     ProcMonitListUpdateFunc,
+                                     "Process monit Flag:%c",
+                                     "Process Monit List: num:%d",
+                                     "Process Monit List:"};
+
+int ListMonitPage(const ST_LIST_MONIT& m) {
     int iRet;
     if (!LoadState(iRet))
         return iRet;
     const cConf_Inf& c = pg_Obj->objCif;
-    NV_DBG("File monit Flag:%c", c.chFileMonitFlag);
-    NV_DBG("File Monit List: num:%u", static_cast<unsigned>(c.vFileMonitList.size()));
-    LogList("File Monit List:", c.vFileMonitList);
+    const tVecStr& vsList = c.*m.pvsList;
+    NV_DBG(m.pcFlagLog, c.*m.pchFlag);
+    NV_DBG(m.pcCountLog, static_cast<int>(vsList.size()));
+    NV_DBG("%s", m.pcListLog);
+    for (const std::string& s : vsList)
+        NV_DBG("%s", s.c_str());
     CONTENT_DATA* p = NewPage(2, nullptr);
-    ChoiceRow(p, 0, EN_FILE_MF, pcStrMonitToggle, c.chFileMonitFlag, pcStrOpen, pcStrClose,
-              FileMonitToggleUpdateFunc);
-    ListRow(p, 1, EN_FILE_ML, pcStrFileList, c.vFileMonitList, FileMonitListUpdateFunc);
+    ChoiceRow(p, 0, m.iFlagHelp, pcStrMonitToggle, c.*m.pchFlag, pcStrOpen, pcStrClose,
+              m.pfnToggle);
+    ListRow(p, 1, m.iListHelp, m.pcListLabel, vsList, m.pfnList);
     return ShowPage(p);
+}
+
+}  // namespace
+
+int UI_FileMonit(void* arg) {
+    (void)arg;
+    return ListMonitPage(g_stFileMonit);
 }
 
 int UI_ProcessMonit(void* arg) {
     (void)arg;
-    int iRet;
-    if (!LoadState(iRet))
-        return iRet;
-    const cConf_Inf& c = pg_Obj->objCif;
-    NV_DBG("Process monit Flag:%c", c.chProcessMonitFlag);
-    NV_DBG("Process Monit List: num:%d", static_cast<int>(c.vProcessMonitList.size()));
-    LogList("Process Monit List:", c.vProcessMonitList);
-    CONTENT_DATA* p = NewPage(2, nullptr);
-    ChoiceRow(p, 0, EN_PROC_MF, pcStrMonitToggle, c.chProcessMonitFlag, pcStrOpen, pcStrClose,
-              ProcMonitToggleUpdateFunc);
-    ListRow(p, 1, EN_PROC_ML, pcStrProcList, c.vProcessMonitList, ProcMonitListUpdateFunc);
-    return ShowPage(p);
+    return ListMonitPage(g_stProcMonit);
 }
 
 int UI_CpuMonit(void* arg) {
