@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "ctrlbar/control_bar.h"
 #include "shell/nv_log.h"
 #include "shell/screen.h"
 
@@ -84,7 +85,30 @@ int ContentModify(const CONTENT_DRAW_INFO* p, pfBackToLastLevel pfnReturn) {
     if (p->iFocusCol >= stItem.iSectionNum)
         return -1;
     NV_DBG("Modify Item:%s", stItem.pstSection[0].strSecName.c_str());
-    (void)pfnReturn;
-    // No control bar is built yet: every cell type gives -1.
-    return -1;
+    const CONTENT_SECTION& stSec = stItem.pstSection[p->iFocusCol];
+    int iRet = -1;
+    DRAW_PARAMETER stRect;
+    switch (stSec.enCtrlType) {
+        case EN_CHOOSE_CONTROL:
+            stRect = ChooseBarRect(p);
+            iRet = EnterChooseCtrlBar(stSec.strSecName, stSec.vstrCtrlShowStr, stSec.vstrCtrlArgv,
+                                      &stRect, pfnReturn);
+            NV_DBG("%s",
+                   iRet == 0 ? "Enter modify_choose success!" : "Enter modify_choose failed!");
+            break;
+        case EN_INPUT_CONTROL:
+            stRect = InputBarRect(p);
+            iRet = EnterInputCtrlBar(stSec.vstrCtrlShowStr, stSec.vstrCtrlArgv, &stRect, pfnReturn,
+                                     p->pWin);
+            NV_DBG("%s%s", "Enter modify_input", iRet == 0 ? " success!" : " failed!");
+            break;
+        case EN_LIST_CONTROL:
+            stRect = ListBarRect(p);
+            iRet = EnterListCtrlBar(stSec.vstrCtrlShowStr, stSec.vstrCtrlArgv, &stRect, pfnReturn);
+            NV_DBG("%s%s", "Enter modify_list", iRet == 0 ? " success!" : " failed!");
+            break;
+        default:
+            break;
+    }
+    return iRet;
 }
