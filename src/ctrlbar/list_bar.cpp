@@ -260,8 +260,7 @@ int ShowListItem(int iItemIdx, SHOW_FLAG enShowFlag) {
     ST_LIST_CTRL& c = gs_stListCtrl;
     if (iItemIdx < 0 || iItemIdx >= ItemCount())
         return -1;
-    std::string& strItem = c.vstrList[iItemIdx];
-    std::replace(strItem.begin(), strItem.end(), '\n', ' ');
+    const std::string& strItem = c.vstrList[iItemIdx];
     int iRow = c.iStartY + iItemIdx % c.iHeight;
     if (enShowFlag == SHOW_FOUCS_STR) {
         wattron(c.pListWin, A_REVERSE);
@@ -319,7 +318,12 @@ int EnterListCtrlBar(const VECTOR_STR& vstrCtrlShowStr, const VECTOR_STR& vstrCt
     c.iStartX = c.iStartY = 1;
     c.iWidth = iWidth - 2;
     c.iHeight = iHeight - 2;
+    // A newline inside an item is a blank, in what is shown and in what is
+    // sent, also for items on pages never shown: the agent would otherwise
+    // read one item as two.
     c.vstrList = vstrCtrlShowStr;
+    for (std::string& strItem : c.vstrList)
+        std::replace(strItem.begin(), strItem.end(), '\n', ' ');
     if (!c.vstrList.empty()) {
         ShowListPage(0);
         ShowListItem(0, SHOW_FOUCS_STR);

@@ -478,6 +478,16 @@ TEST_F(ListBarTest, ANewlineInAnItemIsShownAndSentAsABlank) {
     EXPECT_EQ(g_strUpdateText, "two parts\nplain\n");
 }
 
+TEST_F(ListBarTest, ANewlineOnAPageNeverShownIsSentAsABlankToo) {
+    tVstr v;
+    for (int i = 0; i < 40; ++i) v.push_back("item" + std::to_string(i));
+    v.push_back("late\nitem");
+    ASSERT_EQ(Open(v), 0);
+    ListKeyFunction(KEY_F(9));
+    EXPECT_NE(g_strUpdateText.find("\nlate item\n"), std::string::npos);
+    EXPECT_EQ(g_strUpdateText.find("late\n"), std::string::npos);
+}
+
 TEST_F(ListBarTest, AListPastTheSendBufferIsSentWithoutItsTail) {
     tVstr v = {std::string(40000, 'a'), std::string(40000, 'b'), std::string(40000, 'c'), "d"};
     ASSERT_EQ(Open(v), 0);
