@@ -15,6 +15,7 @@ int EnterContent(CONTENT_DATA* pstContent) {
     if (sg_ContentInfo.pstContent != nullptr) {
         NV_DBG("free last content data!");
         FreeContent(sg_ContentInfo.pstContent);
+        sg_ContentInfo.pstContent = nullptr;
     }
     if (GetContentDrawInfo(sg_Screen.ContentWin, 0, 0, COLS, LINES - 6, 1, pstContent,
                            &sg_ContentInfo) != 0) {
