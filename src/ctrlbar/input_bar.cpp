@@ -206,9 +206,11 @@ int EnterInputCtrlBar(const tVstr& vstrShowStr, const tVstr& vstrArgv,
     wmove(c.pInputWin, c.y, c.x);
     if (!vstrShowStr.empty())
         ShowInitialText(vstrShowStr[0]);
+    RefreshPrompt(PROMPT_INPUT);
+    // Drawing the prompt moved the terminal cursor; the user types into the
+    // field, so the cursor goes back there.
     wmove(c.pInputWin, c.y, c.x);
     wrefresh(c.pInputWin);
-    RefreshPrompt(PROMPT_INPUT);
     NV_DBG("Input ctrl init ok!");
     return 0;
 }
