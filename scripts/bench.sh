@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
-# Builds the benchmarks in Release (build-bench, or BUILD_DIR) and runs the
-# check round-trip benchmark, which ends with a summary table of median and
-# tail round-trip times in microseconds. Extra arguments go to the benchmark
-# (for example --benchmark_filter=check/).
+# Builds the benchmarks in Release (build-bench, or BUILD_DIR) and runs them:
+# the check round-trip benchmark, which ends with a summary table of median
+# and tail round-trip times in microseconds (extra arguments go to it, for
+# example --benchmark_filter=check/), then the console benchmark, which
+# starts nvui and dialog in a pseudo-terminal CONSOLE_RUNS times each
+# (default 25) and prints medians of start-up, key redraw and peak memory.
+# CONSOLE_RUNS=0 skips the console benchmark.
 #
-# Usage: scripts/bench.sh [BUILD_DIR] [--benchmark_... arguments]
+# Usage: [CONSOLE_RUNS=N] scripts/bench.sh [BUILD_DIR] [--benchmark_... arguments]
 # Round trips cross between the two processes' CPUs; on a small VM the
 # wake-up across virtual CPUs is a large part of a short round trip, so
 # figures also depend on the load and on CPU placement (compare with
@@ -20,7 +23,18 @@ fi
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DNV_BENCH=ON -DNV_SANITIZE=OFF \
   -DNV_FUZZ=OFF >/dev/null
-cmake --build "$build" -j"$(nproc)" --target bench_check_roundtrip norvaned
+cmake --build "$build" -j"$(nproc)" --target bench_check_roundtrip bench_console norvaned nvui
 
 echo "== bench_check_roundtrip ($(nproc) CPUs, $(uname -r)) =="
 "$build/bin/bench_check_roundtrip" "$@"
+
+# The console's figures are wall-clock times of whole processes: other load
+# on the machine shows in them (the load average is printed with them; the
+# start CPU column is the steadier one).
+runs="${CONSOLE_RUNS:-25}"
+if [ "$runs" != "0" ]; then
+  if ! command -v dialog >/dev/null 2>&1; then
+    echo "bench: dialog is not installed (scripts/deps.sh installs it); nvui is measured alone"
+  fi
+  "$build/bin/bench_console" "$runs"
+fi

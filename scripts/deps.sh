@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build and the tests need, when missing,
-# and generates the two locales the console uses.
+# Installs the Debian packages the build, the tests and the benchmarks need,
+# when missing, and generates the two locales the console uses.
 set -euo pipefail
 
 packages=(
   g++ cmake make pkg-config
   libncurses-dev libgtest-dev libgmock-dev libbenchmark-dev
-  nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format
+  nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format dialog
 )
 
 missing=()

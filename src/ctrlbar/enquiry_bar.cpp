@@ -11,17 +11,20 @@ ST_ENQUIRY_CTRL gs_stEnqrCtrl;
 
 // Writes the question from line 1, column 1, wrapping at the inner width and
 // at line feeds, on lines 1 to height - 3. Returns the last line written.
+// Moves only at line starts, so that curses assembles multi-byte
+// characters from their bytes; the wrap still counts bytes.
 static int WriteQuestion(WINDOW* pWin, const char* pcQuestion, int iWidth, int iHeight) {
     int iLine = 1, iCol = 1;
+    wmove(pWin, iLine, iCol);
     for (const char* p = pcQuestion; *p && iLine < iHeight - 2; ++p) {
         if (*p != '\n') {
-            mvwaddch(pWin, iLine, iCol, static_cast<unsigned char>(*p));
+            waddch(pWin, static_cast<unsigned char>(*p));
             ++iCol;
         }
         if (*p == '\n' || iCol == iWidth - 1) {
             iCol = 1;
             if (p[1] != '\0')
-                ++iLine;
+                wmove(pWin, ++iLine, iCol);
         }
     }
     return iLine;
