@@ -9,6 +9,16 @@ bool IsEditable(const CONTENT_SECTION& stSection) {
     return stSection.enCtrlType >= EN_CHOOSE_CONTROL && stSection.enCtrlType <= EN_CLEAR_CONTROL;
 }
 
+bool IsEmptyFormPage(const CONTENT_DATA* pstContent) {
+    if (pstContent == nullptr || pstContent->iItemNum > 0)
+        return false;
+    for (const auto& kv : pstContent->mKey2vstrArgv) {
+        if (kv.second != nullptr)
+            return true;
+    }
+    return false;
+}
+
 std::string PtrToArg(const void* p) {
     char szBuf[32];
     snprintf(szBuf, sizeof(szBuf), "%" PRIuPTR, reinterpret_cast<uintptr_t>(p));

@@ -71,14 +71,22 @@ struct CONTENT_DATA {
     CONTENT_ITEM* pstItem;
     mInt2Vstr mKey2vstrArgv;
     pfItemFuncType pfnRefreshCallFunc;
+    // What a page with function-key forms shows while it has no rows: its
+    // prompt and its help (-1: none). A page with rows uses its rows' own.
+    int iEmptyPromptIndex = -1;
+    int iEmptyHelpIndex = -1;
 
-    // Only the map is constructed; the builder sets the other fields.
+    // The map and the two above are constructed; the builder sets the rest.
     CONTENT_DATA() {}
     ~CONTENT_DATA() {}
 };
 
 // A cell takes the cell focus and is drawn underlined exactly when editable.
 bool IsEditable(const CONTENT_SECTION& stSection);
+
+// A page without rows that maps a function key to a form: it is shown empty
+// and its function keys still open their forms.
+bool IsEmptyFormPage(const CONTENT_DATA* pstContent);
 
 // Frees a page, its rows and cells and, recursively, the sub-pages named in
 // its function-key vectors.

@@ -3,6 +3,7 @@
 
 #include "content/content_view.h"
 #include "content/help_pager.h"
+#include "ctrlbar/control_bar.h"
 #include "menu/menu_bar.h"
 #include "shell/nv_log.h"
 #include "shell/screen.h"
@@ -39,6 +40,8 @@ void MoveDown(CONTENT_DRAW_INFO* p) {
 // The cell focus moves only to an adjacent editable cell, never onto the
 // label in cell 0.
 void MoveSideways(CONTENT_DRAW_INFO* p, int iStep) {
+    if (p->iFocusItem >= p->pstContent->iItemNum)
+        return;
     int iOld = p->iFocusCol;
     if (iStep < 0 && iOld <= 1)
         return;
@@ -66,8 +69,13 @@ void LeavePage() {
 }
 
 void OpenHelp() {
-    const CONTENT_ITEM& stItem = sg_ContentInfo.pstContent->pstItem[sg_ContentInfo.iFocusItem];
-    ShowHelpInfo(stItem.iHelpInfoIndex, ReturnFunc);
+    const CONTENT_DATA* pstPage = sg_ContentInfo.pstContent;
+    int iHelp = pstPage->iEmptyHelpIndex;
+    if (pstPage->iItemNum > 0)
+        iHelp = pstPage->pstItem[sg_ContentInfo.iFocusItem].iHelpInfoIndex;
+    if (iHelp < 0)
+        return;
+    ShowHelpInfo(iHelp, ReturnFunc);
     sg_ContentInfo.iCursorInContentWinFlag = 0;
 }
 
@@ -78,6 +86,9 @@ void OpenShortcut(int iKey) {
     if (pvArgv == nullptr)
         return;
     NV_DBG("Enter add control!");
+    DRAW_PARAMETER stRect = ShortcutBarRect();
+    if (EnterShortcutKeyCtrlBar(*pvArgv, &stRect, ReturnFunc) == 0)
+        sg_ContentInfo.iCursorInContentWinFlag = 0;
 }
 
 }  // namespace

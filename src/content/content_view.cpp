@@ -8,8 +8,22 @@
 #include "ctrlbar/control_bar.h"
 #include "shell/nv_log.h"
 #include "shell/screen.h"
+#include "shell/screen_frame.h"
 
 CONTENT_DRAW_INFO sg_ContentInfo;
+
+namespace {
+
+// A page with forms but no rows: a blank content area under the page's own
+// prompt, so that its function keys can add the first entry.
+void ShowEmptyFormPage(CONTENT_DRAW_INFO* p) {
+    ClearWindowRegion(p->pWin, p->iWindowStartX, p->iWindowStartY, p->iWindowWidth,
+                      p->iWindowHeight);
+    if (p->pstContent->iEmptyPromptIndex >= 0)
+        RefreshPrompt(p->pstContent->iEmptyPromptIndex);
+}
+
+}  // namespace
 
 int EnterContent(CONTENT_DATA* pstContent) {
     if (sg_ContentInfo.pstContent != nullptr) {
@@ -24,6 +38,12 @@ int EnterContent(CONTENT_DATA* pstContent) {
     }
     sg_ContentInfo.iCursorInContentWinFlag = 1;
     NV_DBG("GetContentDrawInfo ok!");
+    if (IsEmptyFormPage(pstContent)) {
+        ShowEmptyFormPage(&sg_ContentInfo);
+        sg_ContentInfo.iRefreshTime = time(NULL);
+        NV_DBG("ShowContent ok!");
+        return 0;
+    }
     int iRet = ShowContent(&sg_ContentInfo);
     if (iRet != 0) {
         NV_DBG("ShowContent Failed!");
@@ -36,7 +56,10 @@ int EnterContent(CONTENT_DATA* pstContent) {
 
 void ReturnFunc() {
     NV_DBG("Content return function!");
-    RedrawContent(&sg_ContentInfo);
+    if (IsEmptyFormPage(sg_ContentInfo.pstContent))
+        ShowEmptyFormPage(&sg_ContentInfo);
+    else
+        RedrawContent(&sg_ContentInfo);
     RegistKeyFunc(ContentKeyFunc, sg_Screen.ContentWin);
     sg_ContentInfo.iCursorInContentWinFlag = 1;
 }

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "content/content_data.h"
+#include "content/content_draw.h"
 #include "content/content_types.h"
 #include "content/draw_types.h"
 
@@ -132,5 +133,32 @@ int ShowListPage(int iPageIdx);
 int ShowListItem(int iItemIdx, SHOW_FLAG enShowFlag);
 // Blanks the list area; 0.
 int ClearListWindow();
+
+// ---- Shortcut-key bar: a page's function-key form in a boxed window; Enter
+// edits the focused field, F9 sends the joined fields, Esc closes keeping
+// the typed values.
+
+enum { SCKEY_SEND_BUF_LEN = 10240 };
+
+typedef struct _ST_SCKEY_CTRL {
+    CONTENT_DRAW_INFO stDrawInfo;  // the form's layout and focus in the window
+    pfBackToLastLevel pfnReturn;
+    UPDATE_FUNC pfnSckeyUpdate;
+    WINDOW* pSckeyWin;
+} ST_SCKEY_CTRL;
+
+extern ST_SCKEY_CTRL gs_stSckeyCtrl;
+
+// Opens the form of a function key. Arguments: the key's command sender and
+// the form (address texts). 0 when open, -1 when refused.
+int EnterShortcutKeyCtrlBar(const tVstr& vstrCtrlArgv, const DRAW_PARAMETER* pstDrawCtrlPara,
+                            pfBackToLastLevel pfnReturn);
+void ScKeyKeyFunction(int iKeyValue);
+// The return of a field's control bar: the form redrawn, the keys back.
+void ScKeyContentReturnFunc();
+// The form text: "*" and the value of every choose or input field, in
+// order, then a final "*", cut to fit ulSize bytes with the NUL. Returns its
+// length.
+size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize);
 
 #endif
