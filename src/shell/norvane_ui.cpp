@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
     if (iRet == 0) {
         NV_DBG("norvane ui start ok!\n");
         sg_Screen.iNvuiRunFlag = 1;
-        RunKeyLoop(wgetch);
+        RunKeyLoop(wgetch, WaitForTerminalInput, ReadPendingKey);
     }
     ExitNvui(iRet);
     return 0;

@@ -16,15 +16,32 @@ void print_usage(FILE* stream, char* progName, int status);
 // Locale by language, curses, colour pairs where the terminal has colours.
 void InitCurses();
 
-// Initialises the refresh lock. Returns 0 or ERR_REFRESH_THREAD_FAILED.
+// Initialises the refresh lock and starts the refresh thread. Returns 0 or
+// ERR_REFRESH_THREAD_FAILED.
 int InitRefreshThread();
+// The refresh thread's body: about every second, the open page's refresh
+// function when the page has the keyboard and was drawn two seconds ago or
+// more. Never returns.
+void* RefreshThreadFunc(void* arg);
+// One round of the refresh thread's loop, under the refresh lock: 1 when
+// the page was refreshed.
+int RefreshOnce();
 
 // Reads one key from a window; wgetch, or a scripted reader in tests.
 typedef int (*pfKeyReader)(WINDOW* win);
 
+// Waits, outside the refresh lock, until the terminal has input; 0, or -1
+// when it cannot wait.
+typedef int (*pfKeyWait)();
+int WaitForTerminalInput();
+// A key curses already holds, read without waiting; ERR when none.
+int ReadPendingKey(WINDOW* win);
+
 // Runs the key loop while the run flag is set, a key function is installed
-// and fewer than ten consecutive reads have failed.
-void RunKeyLoop(pfKeyReader pfnRead);
+// and fewer than ten consecutive reads have failed. pfnWait, when given,
+// waits for input before the lock is taken; pfnPending, when given, takes a
+// key already read ahead before the loop waits again.
+void RunKeyLoop(pfKeyReader pfnRead, pfKeyWait pfnWait = NULL, pfKeyReader pfnPending = NULL);
 
 // Releases the lock and the windows, ends curses, prints the message of a
 // start-up failure and exits with status 0.

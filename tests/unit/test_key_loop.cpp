@@ -36,7 +36,6 @@ void RecordKey(int key) {
 class KeyLoopTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_EQ(InitRefreshThread(), 0);
         g_keys.clear();
         g_seen.clear();
         g_lockHeld = true;
