@@ -13,8 +13,7 @@ namespace {
 struct ST_CMD_ENTRY {
     int iCmd;
     EN_PAYLOAD_KIND enKind;
-    pfItemFuncType pfnPage;  // rebuilt after a command that answered 7; null
-                             // where the page is not built yet
+    pfItemFuncType pfnPage;  // rebuilt after a command that answered 7
 };
 
 const ST_CMD_ENTRY g_astCatalogue[] = {
@@ -35,22 +34,22 @@ const ST_CMD_ENTRY g_astCatalogue[] = {
     {19, KIND_OPEN_CLOSE, UI_CpuMonit},
     {20, KIND_THRESHOLD, UI_MemoryMonit},
     {21, KIND_OPEN_CLOSE, UI_MemoryMonit},
-    {23, KIND_FORM, nullptr},
-    {24, KIND_FORM, nullptr},
-    {25, KIND_CONFIRM_SEARCH, nullptr},
-    {26, KIND_FORM, nullptr},
-    {28, KIND_FORM, nullptr},
-    {29, KIND_FORM, nullptr},
-    {30, KIND_CONFIRM_SEARCH, nullptr},
-    {31, KIND_FORM, nullptr},
-    {32, KIND_FORM, nullptr},
-    {33, KIND_FORM, nullptr},
-    {34, KIND_FORM, nullptr},
-    {35, KIND_CONFIRM_SEARCH, nullptr},
-    {36, KIND_FORM, nullptr},
-    {37, KIND_FORM, nullptr},
-    {38, KIND_FORM, nullptr},
-    {39, KIND_CONFIRM_SEARCH, nullptr},
+    {23, KIND_FORM, UI_DiskMonit},
+    {24, KIND_FORM, UI_DiskMonit},
+    {25, KIND_CONFIRM_SEARCH, UI_DiskMonit},
+    {26, KIND_FORM, UI_DiskMonit},
+    {28, KIND_FORM, UI_BakMonit},
+    {29, KIND_FORM, UI_BakMonit},
+    {30, KIND_CONFIRM_SEARCH, UI_BakMonit},
+    {31, KIND_FORM, UI_BakMonit},
+    {32, KIND_FORM, UI_IpTableInput},
+    {33, KIND_FORM, UI_IpTableInput},
+    {34, KIND_FORM, UI_IpTableInput},
+    {35, KIND_CONFIRM_SEARCH, UI_IpTableInput},
+    {36, KIND_FORM, UI_IpTableOutput},
+    {37, KIND_FORM, UI_IpTableOutput},
+    {38, KIND_FORM, UI_IpTableOutput},
+    {39, KIND_CONFIRM_SEARCH, UI_IpTableOutput},
     {40, KIND_YES_NO, UI_Vsftpd},
     {41, KIND_YES_NO, UI_Vsftpd},
     {42, KIND_YES_NO, UI_Vsftpd},
@@ -63,14 +62,14 @@ const ST_CMD_ENTRY g_astCatalogue[] = {
     {49, KIND_YES_NO, UI_Samba},
     {50, KIND_YES_NO, UI_Samba},
     {51, KIND_CONFIRM_EXACT, UI_Samba},
-    {52, KIND_FORM, nullptr},
-    {53, KIND_FORM, nullptr},
-    {54, KIND_FORM, nullptr},
-    {55, KIND_FORM, nullptr},
-    {56, KIND_FORM, nullptr},
-    {57, KIND_FORM, nullptr},
-    {58, KIND_FORM, nullptr},
-    {59, KIND_FORM, nullptr},
+    {52, KIND_FORM, UI_NetInterface},
+    {53, KIND_FORM, UI_NetInterface},
+    {54, KIND_FORM, UI_NetInterface},
+    {55, KIND_FORM, UI_NetInterface},
+    {56, KIND_FORM, UI_SysStateConfig},
+    {57, KIND_FORM, UI_SysStateConfig},
+    {58, KIND_FORM, UI_SysStateConfig},
+    {59, KIND_FORM, UI_SysStateConfig},
 };
 
 const ST_CMD_ENTRY* FindEntry(int iCmd) {

@@ -1,5 +1,4 @@
-// The menu tree. A leaf whose page is not built yet has no page builder, so
-// Enter on it does nothing.
+// The menu tree: every leaf bound to its page builder.
 #include "menu/menu_tree.h"
 
 #include "pages/menu_struct.h"
@@ -11,8 +10,8 @@
 #define NV_NODE(name, label, list) \
     static const NV_MENU_ITEM name = {label, 0, sizeof(list) / sizeof(list[0]), nullptr, list}
 
-NV_LEAF(stNetInterface, pcStrNetInterface, nullptr);
-NV_LEAF(stSysStateConf, pcStrSysStateConfig, nullptr);
+NV_LEAF(stNetInterface, pcStrNetInterface, UI_NetInterface);
+NV_LEAF(stSysStateConf, pcStrSysStateConfig, UI_SysStateConfig);
 static const NV_MENU_ITEM* const pstSysConfList[] = {&stNetInterface, &stSysStateConf};
 NV_NODE(stSysConf, pcStrSysConfig, pstSysConfList);
 
@@ -25,16 +24,16 @@ NV_LEAF(stFileMonit, pcStrFileMonit, UI_FileMonit);
 NV_LEAF(stProcMonit, pcStrProcMonit, UI_ProcessMonit);
 NV_LEAF(stCpuMonit, pcStrCpuMonit, UI_CpuMonit);
 NV_LEAF(stMemMonit, pcStrMemoryMonit, UI_MemoryMonit);
-NV_LEAF(stDiskMonit, pcStrDiskMonit, nullptr);
-NV_LEAF(stBakMonit, pcStrBakMonit, nullptr);
+NV_LEAF(stDiskMonit, pcStrDiskMonit, UI_DiskMonit);
+NV_LEAF(stBakMonit, pcStrBakMonit, UI_BakMonit);
 NV_LEAF(stTcpPortState, pcStrTcpPortState, UI_TcpPortState);
 static const NV_MENU_ITEM* const pstSysMonitList[] = {&stFileMonit,   &stProcMonit, &stCpuMonit,
                                                       &stMemMonit,    &stDiskMonit, &stBakMonit,
                                                       &stTcpPortState};
 NV_NODE(stSysMonit, pcStrSysMonit, pstSysMonitList);
 
-NV_LEAF(stIpTableInput, pcStrInput, nullptr);
-NV_LEAF(stIpTableOutput, pcStrOutput, nullptr);
+NV_LEAF(stIpTableInput, pcStrInput, UI_IpTableInput);
+NV_LEAF(stIpTableOutput, pcStrOutput, UI_IpTableOutput);
 static const NV_MENU_ITEM* const pstIpTableList[] = {&stIpTableInput, &stIpTableOutput};
 NV_NODE(stIpTable, pcStrIpTable, pstIpTableList);
 NV_LEAF(stVsftpd, pcStrVsftpd, UI_Vsftpd);

@@ -16,5 +16,16 @@ int UI_MemoryState(void* arg);
 int UI_TcpPortState(void* arg);
 int UI_Vsftpd(void* arg);
 int UI_Samba(void* arg);
+int UI_SysStateConfig(void* arg);
+int UI_NetInterface(void* arg);
+int UI_DiskMonit(void* arg);
+int UI_BakMonit(void* arg);
+int UI_IpTableInput(void* arg);
+int UI_IpTableOutput(void* arg);
+
+// The add forms of the monitor and chain pages, built afresh for each page.
+CONTENT_DATA* UI_DvMonitAdd();
+CONTENT_DATA* UI_BakMonitAdd();
+CONTENT_DATA* UI_IpTableAddRule();
 
 #endif
