@@ -39,8 +39,9 @@ TEST(FormNetIf, NameFormsSendTheNameAndThePageIsRebuilt) {
     s.SendKey(Key::Enter);
     s.SendText("eth1");
     s.SendKey(Key::Enter);
-    ASSERT_TRUE(
-        Eventually(s, [&] { return FormShows(s, {{"Interface Name:", "eth1", 10, "(eg. eth0)"}}, 0); }));
+    ASSERT_TRUE(Eventually(s, [&] {
+        return FormShows(s, {{"Interface Name:", "eth1", 10, "(eg. eth0)"}}, 0);
+    }));
     s.SendKey(Key::F9);
     int result = 0;
     ASSERT_TRUE(Eventually(s, [&] { return OneSet(c, from, 52, "eth1", &result); }));
@@ -77,7 +78,9 @@ TEST(FormNetIf, ManualFormWithNameAndIpSendsFourDashes) {
     size_t from = c.JournalSize();
     s.SendKey(Key::F5);
     const std::string k4 = "    ";
-    ASSERT_TRUE(Eventually(s, [&] { return FormShows(s, ManualForm({k4, k4, k4, k4, k4, k4}), 0); }));
+    ASSERT_TRUE(Eventually(s, [&] {
+        return FormShows(s, ManualForm({k4, k4, k4, k4, k4, k4}), 0);
+    }));
     s.SendKey(Key::Enter);
     s.SendText("eth0");
     s.SendKey(Key::Enter);
@@ -85,11 +88,13 @@ TEST(FormNetIf, ManualFormWithNameAndIpSendsFourDashes) {
     s.SendKey(Key::Enter);
     s.SendText("10.0.0.9");
     s.SendKey(Key::Enter);
-    ASSERT_TRUE(Eventually(
-        s, [&] { return FormShows(s, ManualForm({"eth0", "10.0.0.9", k4, k4, k4, k4}), 1); }));
+    ASSERT_TRUE(Eventually(s, [&] {
+        return FormShows(s, ManualForm({"eth0", "10.0.0.9", k4, k4, k4, k4}), 1);
+    }));
     s.SendKey(Key::F9);
     int result = 0;
-    ASSERT_TRUE(Eventually(s, [&] { return OneSet(c, from, 55, "eth0 10.0.0.9 - - - -", &result); }));
+    ASSERT_TRUE(
+        Eventually(s, [&] { return OneSet(c, from, 55, "eth0 10.0.0.9 - - - -", &result); }));
     ASSERT_TRUE(Eventually(s, [&] { return InfoStartsWith(s, c.ResultText(result)); }));
 }
 
@@ -107,7 +112,9 @@ TEST(FormNetIf, EmptyInterfaceListStillOpensTheForms) {
     ASSERT_TRUE(Eventually(s, [&] { return ListPageShows(s, {}, 0, PROMPT_NET_INTERFACE); }));
     s.SendKey(Key::F5);
     const std::string k4 = "    ";
-    ASSERT_TRUE(Eventually(s, [&] { return FormShows(s, ManualForm({k4, k4, k4, k4, k4, k4}), 0); }));
+    ASSERT_TRUE(Eventually(s, [&] {
+        return FormShows(s, ManualForm({k4, k4, k4, k4, k4, k4}), 0);
+    }));
     s.SendKey(Key::Esc);
     s.SendKey(Key::Esc);
     ASSERT_TRUE(Eventually(s, [&] { return PromptShows(s, PROMPT_MENU, LAN_ENGLISH); }));
