@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: the normal build,
-# the same tests under AddressSanitizer and UndefinedBehaviorSanitizer, and
+# the same tests under AddressSanitizer and UndefinedBehaviorSanitizer, the
+# console's stress test against a ThreadSanitizer build of the console, and
 # each fuzz target for a bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -22,6 +23,11 @@ run_suite build
 echo "== build and test under ASan+UBSan =="
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   run_suite build-asan -DNV_SANITIZE=ON -DNV_BENCH=OFF
+
+echo "== the console under ThreadSanitizer: keys and refreshes for 20 s =="
+cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DNV_TSAN=ON -DNV_BENCH=OFF >/dev/null
+cmake --build build-tsan -j"$JOBS" --target nvui
+NV_FORM_TEST_NVUI="$PWD/build-tsan/bin/nvui" build/bin/test_screen_form_stress
 
 echo "== fuzz targets, ${FUZZ_SECONDS}s each =="
 cmake -S . -B build-fuzz -DNV_FUZZ=ON -DNV_BENCH=OFF -DCMAKE_CXX_COMPILER=clang++ \

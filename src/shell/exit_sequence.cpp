@@ -24,18 +24,11 @@ const char* ExitMessage(int iRet) {
     }
 }
 
-// The main thread never holds the lock here; the refresh thread may, and is
-// left running until the process ends, so the lock is destroyed only when it
-// can be taken.
-static void ReleaseRefreshLock() {
-    if (pthread_mutex_trylock(&f_refresh_lock) != 0)
-        return;
-    pthread_mutex_unlock(&f_refresh_lock);
-    pthread_mutex_destroy(&f_refresh_lock);
-}
-
 void ExitNvui(int iRet) {
-    ReleaseRefreshLock();
+    // The refresh thread runs until the process ends; holding the lock from
+    // here to exit keeps it from drawing on windows being released or after
+    // curses has ended. The main thread never holds the lock on its way here.
+    pthread_mutex_lock(&f_refresh_lock);
     UnInitMenu();
     UnInitContent();
     UnInitPromt();

@@ -43,7 +43,9 @@ void RunKeyLoop(pfKeyReader pfnRead, pfKeyWait pfnWait, pfKeyReader pfnPending) 
     int iPending = ERR;
     while (sg_Screen.iNvuiRunFlag) {
         if (sg_Screen.pfnCurKeyFunc == NULL) {
+            pthread_mutex_lock(&f_refresh_lock);
             NV_DBG("current key function is NULL!");
+            pthread_mutex_unlock(&f_refresh_lock);
             break;
         }
         if (iPending == ERR && pfnWait != NULL)
@@ -56,10 +58,11 @@ void RunKeyLoop(pfKeyReader pfnRead, pfKeyWait pfnWait, pfKeyReader pfnPending) 
         if (iKey == ERR)
             iKey = pfnRead(sg_Screen.CurWin);
         if (iKey == ERR) {
+            if (++iErrors >= MAX_READ_ERRORS)
+                NV_DBG("wgetch error!");
             pthread_mutex_unlock(&f_refresh_lock);
-            if (++iErrors < MAX_READ_ERRORS)
+            if (iErrors < MAX_READ_ERRORS)
                 continue;
-            NV_DBG("wgetch error!");
             break;
         }
         iErrors = 0;

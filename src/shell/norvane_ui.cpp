@@ -30,7 +30,9 @@ int main(int argc, char** argv) {
     InitMenuWindow();
     iRet = InitRefreshThread();
     if (iRet == 0) {
+        pthread_mutex_lock(&f_refresh_lock);
         NV_DBG("norvane ui start ok!\n");
+        pthread_mutex_unlock(&f_refresh_lock);
         sg_Screen.iNvuiRunFlag = 1;
         RunKeyLoop(wgetch, WaitForTerminalInput, ReadPendingKey);
     }

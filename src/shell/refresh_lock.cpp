@@ -33,7 +33,10 @@ int RefreshOnce() {
 void* RefreshThreadFunc(void* arg) {
     (void)arg;
     int iTid = static_cast<int>(syscall(SYS_gettid));
+    // The log record is built in the shared state record: under the lock.
+    pthread_mutex_lock(&f_refresh_lock);
     NV_DBG("enter refresh thread:ID is %d(0x%x)!\n", iTid, static_cast<unsigned>(iTid));
+    pthread_mutex_unlock(&f_refresh_lock);
     for (;;) {
         RefreshOnce();
         sleep(1);

@@ -46,6 +46,7 @@ public:
         o.iCols = cols;
         o.sStateJson = stateJson;
         o.iLangCode = lang;
+        o.vsEnv = m_env;
         if (const char* prog = getenv("NV_FORM_TEST_NVUI"))
             o.sProgram = prog;
         std::string err;
@@ -58,6 +59,9 @@ public:
                                       << m_run.ReadConsoleLog();
         return AssertionSuccess();
     }
+
+    // More "NAME=value" entries for the console's environment, before Start.
+    void AddEnv(const std::string& entry) { m_env.push_back(entry); }
 
     ScreenSession& S() { return m_run.Screen(); }
     ConsoleRun& Run() { return m_run; }
@@ -125,6 +129,7 @@ public:
 private:
     ConsoleRun m_run;
     int m_lang = LAN_ENGLISH;
+    std::vector<std::string> m_env;
 };
 
 // One row of a form: caption, field text as shown, the field's width, and
