@@ -243,3 +243,35 @@ TEST_F(FormStateTest, NoRefreshWhileAFormABarOrTheHelpHasTheKeyboardNorAfterEsc)
 }
 
 }  // namespace
+
+namespace {
+
+using namespace nvform;
+
+// Esc and the next key in one burst: curses reads the second key ahead while
+// it decides that the Esc stands alone; the console must hand it on, not
+// wait for the terminal to show more input.
+TEST(FormStateKeys, AKeyRightBehindEscIsNotLost) {
+    FormConsole c;
+    ASSERT_TRUE(c.Start());
+    ScreenSession& s = c.S();
+    ASSERT_TRUE(c.Open(kSysStateLeaf, PROMPT_SYS_STATE_CONFIG));
+    s.SendKey(Key::F4);
+    ASSERT_TRUE(Eventually(s, [&] { return FormShows(s, kDateForm, 0); }));
+    s.SendKey(Key::Enter);
+    ASSERT_TRUE(Eventually(s, [&] { return PromptShows(s, PROMPT_INPUT, LAN_ENGLISH); }));
+    // Esc closes the input bar, the Enter right behind it opens it again.
+    s.SendText("\x1b\r");
+    ASSERT_TRUE(Eventually(s, [&] {
+        FormLayout f = LayOutForm(kDateForm, kRows, kCols);
+        return And(PromptShows(s, PROMPT_INPUT, LAN_ENGLISH), CursorAt(s, f.viRow[0], f.viColX[1]));
+    }));
+    // And the keys after it are read as ever.
+    s.SendText("1999");
+    s.SendKey(Key::Enter);
+    ASSERT_TRUE(Eventually(s, [&] {
+        return FormShows(s, {{"Year:", "1999", 4, ""}, kDateForm[1], kDateForm[2]}, 0);
+    }));
+}
+
+}  // namespace

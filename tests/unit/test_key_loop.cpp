@@ -83,6 +83,80 @@ TEST_F(KeyLoopTest, ClearedRunFlagEndsTheLoopAfterTheKey) {
     EXPECT_EQ(g_keys.size(), 1u);
 }
 
+// The waiting path: the wait runs without the lock, the read and the
+// read-ahead with it, and a key read ahead is handed on before the next wait.
+int g_waits = 0;
+bool g_waitUnlocked = true;
+bool g_readLocked = true;
+std::deque<int> g_ahead;
+
+int CountingWait() {
+    ++g_waits;
+    if (pthread_mutex_trylock(&f_refresh_lock) == 0)
+        pthread_mutex_unlock(&f_refresh_lock);
+    else
+        g_waitUnlocked = false;
+    return 0;
+}
+
+int LockedRead(WINDOW* w) {
+    if (pthread_mutex_trylock(&f_refresh_lock) == 0) {
+        g_readLocked = false;
+        pthread_mutex_unlock(&f_refresh_lock);
+    }
+    return ScriptedRead(w);
+}
+
+int AheadRead(WINDOW*) {
+    if (pthread_mutex_trylock(&f_refresh_lock) == 0) {
+        g_readLocked = false;
+        pthread_mutex_unlock(&f_refresh_lock);
+    }
+    if (g_ahead.empty())
+        return ERR;
+    int k = g_ahead.front();
+    g_ahead.pop_front();
+    return k;
+}
+
+TEST_F(KeyLoopTest, WaitsOutsideTheLockAndReadsInsideIt) {
+    g_waits = 0;
+    g_waitUnlocked = g_readLocked = true;
+    g_ahead.clear();
+    g_keys = {'a', 'b', 'q'};
+    RunKeyLoop(LockedRead, CountingWait, AheadRead);
+    EXPECT_EQ(g_seen, (std::vector<int>{'a', 'b', 'q'}));
+    EXPECT_EQ(g_waits, 3);
+    EXPECT_TRUE(g_waitUnlocked);
+    EXPECT_TRUE(g_readLocked);
+    EXPECT_TRUE(g_lockHeld);
+}
+
+TEST_F(KeyLoopTest, KeysReadAheadAreHandedOnWithoutWaiting) {
+    g_waits = 0;
+    g_waitUnlocked = g_readLocked = true;
+    // Esc and the key behind it arrive together: curses holds the second.
+    g_keys = {27, 'z'};
+    g_ahead = {'x', 'q'};
+    RunKeyLoop(LockedRead, CountingWait, AheadRead);
+    EXPECT_EQ(g_seen, (std::vector<int>{27, 'x', 'q'}));
+    EXPECT_EQ(g_waits, 1);
+    EXPECT_EQ(g_keys.size(), 1u);  // 'z' was never read
+    EXPECT_TRUE(g_waitUnlocked);
+    EXPECT_TRUE(g_readLocked);
+}
+
+TEST_F(KeyLoopTest, TenFailedWaitsAndReadsEndTheLoop) {
+    g_waits = 0;
+    g_ahead.clear();
+    for (int i = 0; i < 10; ++i)
+        g_keys.push_back(ERR);
+    g_keys.push_back('a');
+    RunKeyLoop(LockedRead, CountingWait, AheadRead);
+    EXPECT_TRUE(g_seen.empty());
+    EXPECT_EQ(g_waits, 10);
+}
+
 TEST(ExitMessages, FourCodesPrintTheirMessage) {
     EXPECT_STREQ(ExitMessage(ERR_OPEN_LOG_FAILED), "Error! open log file failed!");
     EXPECT_STREQ(ExitMessage(ERR_CONNECT_FAILED),
