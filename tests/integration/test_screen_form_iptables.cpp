@@ -134,3 +134,35 @@ TEST(FormIptables, ChineseChoicesAreSentAsDigits) {
 }
 
 }  // namespace
+
+namespace {
+
+using namespace nvform;
+
+TEST(FormIptablesChoices, LowestUdpDropAreSentAsTwos) {
+    FormConsole c;
+    ASSERT_TRUE(c.Start("", LAN_ENGLISH, 24, 100));
+    ScreenSession& s = c.S();
+    ASSERT_TRUE(c.Open(kOutputLeaf, PROMPT_SCKEY_POLICY));
+    size_t from = c.JournalSize();
+    s.SendKey(Key::F2);
+    ASSERT_TRUE(Eventually(s, [&] { return FormShows(s, RuleForm(LAN_ENGLISH), 0); }));
+    // The second choice of rows 0, 1 and 6: Down moves between them.
+    for (int downs : {0, 1, 5}) {
+        s.SendKey(Key::Down, downs);
+        s.SendKey(Key::Enter);
+        ASSERT_TRUE(Eventually(s, [&] { return PromptShows(s, PROMPT_CHOOSE, LAN_ENGLISH); }));
+        s.SendKey(Key::Down);
+        s.SendKey(Key::Enter);
+        ASSERT_TRUE(
+            Eventually(s, [&] { return PromptShows(s, PROMPT_CONTENT_NEW_LEVEL, LAN_ENGLISH); }));
+    }
+    std::vector<FormRow> chosen = RuleForm(LAN_ENGLISH, "####", pcStrUdp);
+    chosen[0].sValue = "[Lowest]";
+    chosen[6].sValue = "[Drop]";
+    ASSERT_TRUE(Eventually(s, [&] { return FormShows(s, chosen, 6); }));
+    s.SendKey(Key::F9);
+    ASSERT_TRUE(Eventually(s, [&] { return OneSet(c, from, 37, "2 2 - 0 - 0 2"); }));
+}
+
+}  // namespace

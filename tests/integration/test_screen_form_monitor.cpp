@@ -166,3 +166,28 @@ TEST(FormMonitor, BackupAddAndDeleteRebuildThePage) {
 }
 
 }  // namespace
+
+namespace {
+
+using namespace nvform;
+
+// A partition of 300 bytes scrolls in its field; the payload is cut to the
+// form encoding's bound.
+TEST(FormMonitorLong, ALongFieldIsCutToTheBound) {
+    FormConsole c;
+    ASSERT_TRUE(c.Start());
+    ScreenSession& s = c.S();
+    ASSERT_TRUE(c.Open(kDiskLeaf, PROMPT_SCKEY_TOGGLE));
+    size_t from = c.JournalSize();
+    s.SendKey(Key::F2);
+    ASSERT_TRUE(Eventually(s, [&] { return FormShows(s, DiskAddForm({k4, k4, k4, k4}), 0); }));
+    s.SendKey(Key::Enter);
+    s.SendText(std::string(300, 'a'));
+    s.SendKey(Key::Enter);
+    ASSERT_TRUE(
+        Eventually(s, [&] { return PromptShows(s, PROMPT_CONTENT_NEW_LEVEL, LAN_ENGLISH); }));
+    s.SendKey(Key::F9);
+    ASSERT_TRUE(Eventually(s, [&] { return OneSet(c, from, 23, std::string(255, 'a')); }));
+}
+
+}  // namespace
