@@ -93,6 +93,11 @@ TEST_F(FormStateTest, DateFormSendsCommand58AndThePageShowsTheNewDate) {
     EXPECT_TRUE(OneSet(c, from, 58, "2024 2 9", &result));
     EXPECT_EQ(result, 7);
     EXPECT_TRUE(InfoStartsWith(s, c.ResultText(7)));
+    // The bar's records: opened from the page, shown, and the joined text.
+    std::string log = c.Run().ReadConsoleLog();
+    for (const char* rec : {"]Enter add control!\n", "]ShortcutKey control init ok!\n",
+                            "]Shortcut Key Send Data Buffer:*2024*2*9*\n"})
+        EXPECT_NE(log.find(rec), std::string::npos) << rec << "\n" << log;
 }
 
 TEST_F(FormStateTest, UntouchedHostNameSendsADashAndEscKeepsTypedValues) {
