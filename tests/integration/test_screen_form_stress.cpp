@@ -94,7 +94,10 @@ TEST(FormStress, TwentySecondsOfKeysAndRefreshesLeaveAnIntactPage) {
     EXPECT_TRUE(c.SetsFrom(from).empty());
     EXPECT_GE(c.ChecksFrom(from), 3u) << "the page was hardly refreshed";
 
+    EXPECT_EQ(Reports(reports.Path()), "");
+
     FormConsole fresh;
+    fresh.AddEnv("TSAN_OPTIONS=log_path=" + reports.Path() + "/fresh:halt_on_error=0");
     ASSERT_TRUE(fresh.Start());
     ASSERT_TRUE(fresh.Open(kSysStateLeaf, PROMPT_SYS_STATE_CONFIG));
     ASSERT_TRUE(fresh.S().WaitForTextAnywhere("System Time:"));
