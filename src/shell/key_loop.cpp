@@ -1,6 +1,7 @@
 // The key loop: one key at a time from the current window to the current
 // key function, always under the refresh lock.
 #include "shell/nv_log.h"
+#include "shell/screen_resize.h"
 #include "shell/start_up.h"
 
 // Consecutive read errors after which the loop gives up.
@@ -24,7 +25,10 @@ void RunKeyLoop(pfKeyReader pfnRead) {
         }
         iErrors = 0;
         pthread_mutex_lock(&f_refresh_lock);
-        sg_Screen.pfnCurKeyFunc(iKey);
+        if (iKey == KEY_RESIZE)
+            HandleResize();
+        else
+            sg_Screen.pfnCurKeyFunc(iKey);
         pthread_mutex_unlock(&f_refresh_lock);
     }
 }
