@@ -1,8 +1,10 @@
 // Content layout and drawing.
 #include "content/content_draw.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 
 #include "shell/screen_frame.h"
 #include "strings/com_str.h"
@@ -52,12 +54,61 @@ bool ValidRow(const CONTENT_DRAW_INFO* pstInfo, int iRow) {
            pstInfo->pstContent->pstItem[iRow].pstSection != nullptr;
 }
 
+// Bytes of sText from iFrom that form whole characters in the current
+// locale, so that a clipped multi-byte text never shows half a character.
+size_t CharStart(const std::string& sText, size_t iFrom) {
+    mbstate_t stState;
+    memset(&stState, 0, sizeof(stState));
+    size_t i = 0;
+    while (i < iFrom && i < sText.size()) {
+        size_t n = mbrlen(sText.data() + i, sText.size() - i, &stState);
+        if (n == 0 || n == static_cast<size_t>(-1) || n == static_cast<size_t>(-2))
+            n = 1;
+        i += n;
+    }
+    return i;
+}
+
+size_t CharEnd(const std::string& sText, size_t iFrom, size_t iMax) {
+    mbstate_t stState;
+    memset(&stState, 0, sizeof(stState));
+    size_t i = iFrom;
+    while (i < sText.size()) {
+        size_t n = mbrlen(sText.data() + i, sText.size() - i, &stState);
+        if (n == 0 || n == static_cast<size_t>(-1) || n == static_cast<size_t>(-2))
+            n = 1;
+        if (i + n - iFrom > iMax)
+            break;
+        i += n;
+    }
+    return i;
+}
+
+// Writes a cell's text on its own line, clipped to the page's rectangle:
+// a cell placed left of the rectangle (a text wider than the window) loses
+// its first bytes, one that runs past the right edge loses its last ones, and
+// nothing wraps onto the next line or lands at a stale cursor position.
 void DrawCell(const CONTENT_DRAW_INFO* pstInfo, int iRow, int iCol, const CONTENT_SECTION& stSec,
               int iAttr) {
     WINDOW* pWin = pstInfo->pWin;
-    wmove(pWin, ContentRowLine(pstInfo, iRow), ContentColX(pstInfo, iCol));
+    int iLine = ContentRowLine(pstInfo, iRow);
+    int iLeft = pstInfo->iWindowStartX;
+    int iRight = std::min(iLeft + pstInfo->iWindowWidth, getmaxx(pWin));
+    if (iLine < 0 || iLine >= getmaxy(pWin) || iLeft >= iRight)
+        return;
+    std::string sText = CellText(stSec);
+    long lX = ContentColX(pstInfo, iCol);
+    size_t iFirst = 0;
+    if (lX < iLeft) {
+        iFirst = CharStart(sText, static_cast<size_t>(iLeft - lX));
+        lX += static_cast<long>(iFirst);
+    }
+    if (iFirst >= sText.size() || lX >= iRight)
+        return;
+    size_t iEnd = CharEnd(sText, iFirst, static_cast<size_t>(iRight - lX));
+    wmove(pWin, iLine, static_cast<int>(lX));
     wattron(pWin, iAttr);
-    wprintw(pWin, "%s", CellText(stSec).c_str());
+    waddnstr(pWin, sText.data() + iFirst, static_cast<int>(iEnd - iFirst));
     wattroff(pWin, iAttr);
 }
 

@@ -27,6 +27,18 @@ void InitHelpInfoWindow() {
     sg_HelpInfo.iTotalPageNum = 1;
 }
 
+void RelayoutHelpWindow() {
+    WINDOW* pWin = sg_HelpInfo.pHelpWin;
+    if (pWin == NULL)
+        return;
+    wresize(pWin, LINES - 6, COLS);
+    mvwin(pWin, 3, 0);
+    werase(pWin);
+    box(pWin, 0, 0);
+    sg_HelpInfo.iWidth = COLS - 2;
+    sg_HelpInfo.iHeight = LINES - 8;
+}
+
 void UnInitHelpInfo() {
     if (sg_HelpInfo.pHelpWin)
         delwin(sg_HelpInfo.pHelpWin);

@@ -28,6 +28,8 @@ extern HELP_INFO_PARA sg_HelpInfo;
 void InitHelpInfoWindow();
 // Deletes the help window and zeroes the pager.
 void UnInitHelpInfo();
+// After a resize: the help window over the new content area.
+void RelayoutHelpWindow();
 
 // Opens the pager with the help text of id; the keyboard goes back through
 // pfnReturn on Esc. Nothing happens for an unknown id or a null pfnReturn.

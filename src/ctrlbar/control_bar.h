@@ -35,6 +35,8 @@ extern ST_ENQUIRY_CTRL gs_stEnqrCtrl;
 int EnterEnqrCtrlBar(const char* pcQuestion, const DRAW_PARAMETER* pstRect, UPDATE_FUNC pfnUpdate,
                      pfBackToLastLevel pfnReturn);
 void EnquiryKeyFunction(int iKey);
+// Closes an open enquiry bar as if "no" were chosen (a resize closes it).
+void CancelEnqrCtrlBar();
 
 // ---- Input bar: a field that takes printable ASCII; Enter sends the text
 // typed, Esc closes without change.

@@ -87,6 +87,13 @@ static void Answer() {
     memset(&e, 0, sizeof(e));
 }
 
+void CancelEnqrCtrlBar() {
+    if (gs_stEnqrCtrl.pEnqrWin == NULL)
+        return;
+    gs_stEnqrCtrl.iCurChoice = 1;
+    Answer();
+}
+
 void EnquiryKeyFunction(int iKey) {
     ST_ENQUIRY_CTRL& e = gs_stEnqrCtrl;
     if (iKey == KEY_LEFT && e.iCurChoice == 1) {

@@ -15,9 +15,20 @@
 
 namespace {
 
+// The first drop-down, root of the menus built from the tree.
+MENU* gs_pTopMenu = NULL;
+
 ITEM_USER_PTR* CurItemUser(MENU* pMenu) {
     ITEM* pItem = pMenu ? current_item(pMenu) : NULL;
     return pItem ? static_cast<ITEM_USER_PTR*>(item_userptr(pItem)) : NULL;
+}
+
+// The drop-down that pMenu was opened from; null for the first one.
+MENU* ParentMenu(MENU* pMenu) {
+    ITEM_USER_PTR* pstUser = CurItemUser(pMenu);
+    const PANEL_USER_PTR* pstSelf =
+        pstUser ? static_cast<const PANEL_USER_PTR*>(panel_userptr(pstUser->pItemselfPanel)) : NULL;
+    return pstSelf ? pstSelf->pParentMenu : NULL;
 }
 
 void DrawVersion() {
@@ -143,6 +154,7 @@ int InitMenuWindow() {
     wbkgd(sg_Screen.MenuWin, COLOR_PAIR(1));
     DrawVersion();
     MY_PANEL stFirst = InitSubMenu(&stMainMenu, 0, 3, 0);
+    gs_pTopMenu = stFirst.pMenu;
     sg_Screen.pCurMenu = stFirst.pMenu;
     RegistKeyFunc(MenuKeyFunction, NULL);
     ShowMenu(sg_Screen.pCurMenu, SHOW_FOUCS_STR);
@@ -192,3 +204,17 @@ int RedrawMenuWindow() {
 }
 
 void UnInitMenu() {}
+
+void RelayoutMenuBar() {
+    WINDOW* pWin = sg_Screen.MenuWin;
+    if (pWin == NULL)
+        return;
+    // Both rows are drawn again: the version is right-aligned, and curses
+    // cuts the path row when the screen narrows.
+    wresize(pWin, 3, COLS);
+    werase(pWin);
+    DrawVersion();
+    for (MENU* pMenu = sg_Screen.pCurMenu; pMenu != NULL; pMenu = ParentMenu(pMenu))
+        ShowMenu(pMenu, pMenu == sg_Screen.pCurMenu ? SHOW_FOUCS_STR : SHOW_NORMAL_STR);
+    RestoreMenuGeometry(gs_pTopMenu);
+}

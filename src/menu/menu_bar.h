@@ -39,4 +39,9 @@ void MenuKeyFunction(int iKey);
 int RedrawMenuWindow();
 void UnInitMenu();
 
+// After a resize: the menu bar across the new width and every drop-down
+// back at its band (curses shrinks windows that do not fit a smaller screen).
+void RelayoutMenuBar();
+void RestoreMenuGeometry(MENU* pMenu);
+
 #endif

@@ -80,6 +80,34 @@ bool AttachUserRecords(ST_BUILD& b, const NV_MENU_ITEM* pstNode, unsigned uLevel
 
 }  // namespace
 
+void RestoreMenuGeometry(MENU* pMenu) {
+    if (pMenu == NULL)
+        return;
+    int iNum = item_count(pMenu);
+    ITEM** ppItems = menu_items(pMenu);
+    if (iNum <= 0 || ppItems == NULL)
+        return;
+    const ITEM_USER_PTR* pstFirst = static_cast<ITEM_USER_PTR*>(item_userptr(ppItems[0]));
+    WINDOW* pWin = menu_win(pMenu);
+    WINDOW* pSubWin = menu_sub(pMenu);
+    if (pstFirst == NULL || pWin == NULL || pSubWin == NULL)
+        return;
+    wresize(pWin, iNum + 2, MENU_BAND_WIDTH);
+    mvwin(pWin, 3, pstFirst->iMenuLevel * MENU_BAND_WIDTH);
+    wresize(pSubWin, iNum, MENU_LABEL_WIDTH);
+    mvderwin(pSubWin, 1, 1);
+    box(pWin, 0, 0);
+    for (int i = 0; i < iNum; ++i) {
+        const ITEM_USER_PTR* pstUser = static_cast<ITEM_USER_PTR*>(item_userptr(ppItems[i]));
+        const PANEL_USER_PTR* pstChild =
+            pstUser && pstUser->pChildPanel
+                ? static_cast<const PANEL_USER_PTR*>(panel_userptr(pstUser->pChildPanel))
+                : NULL;
+        if (pstChild)
+            RestoreMenuGeometry(pstChild->pSelfMenu);
+    }
+}
+
 MY_PANEL InitSubMenu(const NV_MENU_ITEM* pstNode, unsigned uLevel, int iStartY, int iStartX) {
     MY_PANEL stEmpty = {NULL, NULL};
     if (pstNode == NULL || pstNode->pstChildList == NULL || pstNode->iChildNum <= 0)

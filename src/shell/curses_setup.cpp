@@ -3,6 +3,7 @@
 #include <clocale>
 
 #include "shell/start_up.h"
+#include "shell/winch_signal.h"
 #include "strings/com_str.h"
 
 // A lone Esc acts at once instead of after curses' default second.
@@ -23,6 +24,7 @@ void InitCurses() {
     setlocale(LC_ALL, iLanIdx == LAN_CHINESE_GB2312 ? "zh_CN.GB2312" : "en_US.UTF-8");
     set_escdelay(ESC_DELAY_MS);
     initscr();
+    InitWinchSignal();
     cbreak();
     noecho();
     keypad(stdscr, TRUE);

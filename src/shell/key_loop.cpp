@@ -15,17 +15,23 @@
 #include <cerrno>
 
 #include "shell/nv_log.h"
+#include "shell/screen_resize.h"
 #include "shell/start_up.h"
+#include "shell/winch_signal.h"
 
 // Consecutive read errors after which the loop gives up.
 static const int MAX_READ_ERRORS = 10;
 
 int WaitForTerminalInput() {
-    struct pollfd stFd = {STDIN_FILENO, POLLIN, 0};
+    struct pollfd astFd[2] = {{STDIN_FILENO, POLLIN, 0}, {WinchFd(), POLLIN, 0}};
     for (;;) {
-        int iRet = poll(&stFd, 1, -1);
-        if (iRet > 0)
-            return 0;
+        int iRet = poll(astFd, astFd[1].fd >= 0 ? 2 : 1, -1);
+        if (iRet > 0 && astFd[0].revents != 0)
+            return KEY_WAIT_INPUT;
+        if (iRet > 0) {
+            DrainWinch();
+            return KEY_WAIT_RESIZED;
+        }
         if (iRet < 0 && errno != EINTR)
             return -1;
     }
@@ -48,11 +54,21 @@ void RunKeyLoop(pfKeyReader pfnRead, pfKeyWait pfnWait, pfKeyReader pfnPending) 
             pthread_mutex_unlock(&f_refresh_lock);
             break;
         }
+        int iWait = KEY_WAIT_INPUT;
         if (iPending == ERR && pfnWait != NULL)
-            pfnWait();  // a failed wait shows as a failed read below
+            iWait = pfnWait();  // a failed wait shows as a failed read below
         pthread_mutex_lock(&f_refresh_lock);
         if (sg_Screen.CurWin == NULL)
             sg_Screen.CurWin = stdscr;
+        if (iWait == KEY_WAIT_RESIZED && pfnPending != NULL) {
+            // curses has noted the new size: the read without waiting
+            // hands over its KEY_RESIZE (nothing when the size is the same).
+            iPending = pfnPending(sg_Screen.CurWin);
+            if (iPending == ERR) {
+                pthread_mutex_unlock(&f_refresh_lock);
+                continue;
+            }
+        }
         int iKey = iPending;
         iPending = ERR;
         if (iKey == ERR)
@@ -66,7 +82,10 @@ void RunKeyLoop(pfKeyReader pfnRead, pfKeyWait pfnWait, pfKeyReader pfnPending) 
             break;
         }
         iErrors = 0;
-        sg_Screen.pfnCurKeyFunc(iKey);
+        if (iKey == KEY_RESIZE)
+            HandleResize();
+        else
+            sg_Screen.pfnCurKeyFunc(iKey);
         if (pfnPending != NULL && sg_Screen.iNvuiRunFlag && sg_Screen.pfnCurKeyFunc != NULL)
             iPending = pfnPending(sg_Screen.CurWin ? sg_Screen.CurWin : stdscr);
         pthread_mutex_unlock(&f_refresh_lock);

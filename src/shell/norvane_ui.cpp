@@ -7,6 +7,7 @@
 #include "menu/menu_bar.h"
 #include "shell/nv_log.h"
 #include "shell/screen_frame.h"
+#include "shell/screen_resize.h"
 #include "shell/start_up.h"
 #include "strings/com_str.h"
 
@@ -23,11 +24,7 @@ int main(int argc, char** argv) {
         ExitNvui(iRet);
     }
     InitCurses();
-    InitInfoWindow();
-    InitPromptWindow();
-    InitHelpInfoWindow();
-    InitContentWindow();
-    InitMenuWindow();
+    StartScreen();
     iRet = InitRefreshThread();
     if (iRet == 0) {
         pthread_mutex_lock(&f_refresh_lock);

@@ -30,8 +30,10 @@ int RefreshOnce();
 // Reads one key from a window; wgetch, or a scripted reader in tests.
 typedef int (*pfKeyReader)(WINDOW* win);
 
-// Waits, outside the refresh lock, until the terminal has input; 0, or -1
-// when it cannot wait.
+// Waits, outside the refresh lock, until the terminal has input
+// (KEY_WAIT_INPUT) or has been resized (KEY_WAIT_RESIZED); -1 when it
+// cannot wait.
+enum { KEY_WAIT_INPUT = 0, KEY_WAIT_RESIZED = 1 };
 typedef int (*pfKeyWait)();
 int WaitForTerminalInput();
 // A key curses already holds, read without waiting; ERR when none.

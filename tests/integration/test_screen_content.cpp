@@ -290,6 +290,12 @@ long long BytesRead(pid_t pid) {
     return -1;
 }
 
+const std::vector<std::string> kThree = {
+    "0.0.0.0          22       812  sshd",
+    "0.0.0.0          80      1034  nginx",
+    "127.0.0.1        5432     921  postgres -D /var/lib/pgsql",
+};
+
 class ScreenContentTcp : public ::testing::Test {
 protected:
     ScreenSession& S() { return m_run.Screen(); }
@@ -387,6 +393,55 @@ protected:
             return AssertionFailure() << "focus on row " << focus << ": " << a.message();
         return PromptShows(S(), PROMPT_CONTENT_NO_MODIFY, m_lang);
     }
+    // kThree with a line of the given width as its second row.
+    static std::vector<std::string> WithWideLine(size_t width) {
+        std::vector<std::string> lines = kThree;
+        std::string wide = "0.0.0.0          8080     4242  java -jar ";
+        while (wide.size() < width)
+            wide += static_cast<char>('a' + wide.size() % 26);
+        lines.insert(lines.begin() + 1, wide);
+        return lines;
+    }
+    AssertionResult OpenPageAt(const std::vector<std::string>& lines) {
+        AssertionResult a = Start(lines);
+        if (a)
+            a = GoToLeaf();
+        if (a)
+            S().SendKey(Key::Enter);
+        return a;
+    }
+    // Four rows spread over 18 lines stand on content lines 2, 5, 8 and 11;
+    // each shows what of its text falls inside the 80 columns.
+    AssertionResult RowsClipped(const std::vector<std::string>& lines) {
+        size_t longest = 0;
+        for (const std::string& l : lines)
+            longest = std::max(longest, l.size());
+        // One column: the spare width is split in two, or, when the column
+        // does not fit, the whole (negative) spare width comes before it.
+        long spare = kCols - static_cast<long>(longest);
+        long x = spare > 0 ? spare / 2 : spare;
+        for (size_t r = 0; r < lines.size(); ++r) {
+            std::string row(kCols, ' ');
+            for (size_t i = 0; i < lines[r].size(); ++i) {
+                long c = x + static_cast<long>(i);
+                if (c >= 0 && c < kCols)
+                    row[c] = lines[r][i];
+            }
+            row.erase(row.find_last_not_of(' ') + 1);
+            int screenRow = 3 + 2 + static_cast<int>(r) * 3;
+            if (S().Row(screenRow) != row)
+                return AssertionFailure() << "screen row " << screenRow << " shows '"
+                                          << S().Row(screenRow) << "', expected '" << row << "'";
+        }
+        return AssertionSuccess();
+    }
+    void ExpectOnlyRowLines() {
+        for (int row = 3; row < kRows - 3; ++row) {
+            if (row != 5 && row != 8 && row != 11 && row != 14) {
+                EXPECT_EQ(S().Row(row), "") << "screen row " << row;
+            }
+        }
+    }
     AssertionResult WaitPage(const std::vector<std::string>& lines, int focus) {
         return Eventually(S(), [&] { return PageShows(lines, focus); });
     }
@@ -440,12 +495,6 @@ protected:
     int m_lang = LAN_ENGLISH;
 };
 
-const std::vector<std::string> kThree = {
-    "0.0.0.0          22       812  sshd",
-    "0.0.0.0          80      1034  nginx",
-    "127.0.0.1        5432     921  postgres -D /var/lib/pgsql",
-};
-
 // Three listeners on 80 x 24: one column centred by the spare width, rows on
 // content lines 3, 7 and 11 (screen rows 6, 10 and 14), the first focused.
 TEST_F(ScreenContentTcp, ThreeListenersAreSpreadAndCentred) {
@@ -459,6 +508,23 @@ TEST_F(ScreenContentTcp, ThreeListenersAreSpreadAndCentred) {
     EXPECT_TRUE(InfoLineClear(S()));
     // The menu's drop-down is gone; its path row stays.
     EXPECT_EQ(S().Text(1, 1, 14), "System Monitor");
+}
+
+// A listener line as wide as the screen, or wider, is clipped at the window's
+// edges on its own row; the other rows keep their places and nothing else
+// of the content area is written.
+TEST_F(ScreenContentTcp, ALineAsWideAsTheScreenStaysOnItsRow) {
+    std::vector<std::string> lines = WithWideLine(80);
+    ASSERT_TRUE(OpenPageAt(lines));
+    ASSERT_TRUE(Eventually(S(), [&] { return RowsClipped(lines); }));
+    ExpectOnlyRowLines();
+}
+
+TEST_F(ScreenContentTcp, ALineWiderThanTheScreenIsClippedOnItsRow) {
+    std::vector<std::string> lines = WithWideLine(200);
+    ASSERT_TRUE(OpenPageAt(lines));
+    ASSERT_TRUE(Eventually(S(), [&] { return RowsClipped(lines); }));
+    ExpectOnlyRowLines();
 }
 
 TEST_F(ScreenContentTcp, DownAndUpMoveTheFocusWithoutWrapping) {

@@ -275,7 +275,7 @@ TEST_P(ScreenExitQuestionSize, BoxFollowsTheFormula) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, ScreenExitQuestionSize,
-                         ::testing::Values(Size{30, 100}, Size{20, 60}, Size{40, 132}),
+                         ::testing::Values(Size{30, 100}, Size{19, 66}, Size{40, 132}),
                          [](const ::testing::TestParamInfo<Size>& info) {
                              return std::to_string(info.param.iCols) + "x" +
                                     std::to_string(info.param.iRows);

@@ -140,7 +140,7 @@ TEST_P(ScreenFrame, WelcomeTextIsPlacedByItsRule) {
 INSTANTIATE_TEST_SUITE_P(Sizes, ScreenFrame,
                          ::testing::Values(FrameCase{24, 80, ""},
                                            FrameCase{30, 100, "10.20.30-rc1"},
-                                           FrameCase{20, 60, ""}),
+                                           FrameCase{19, 66, ""}),
                          [](const ::testing::TestParamInfo<FrameCase>& info) {
                              return std::to_string(info.param.iCols) + "x" +
                                     std::to_string(info.param.iRows);

@@ -422,6 +422,23 @@ void ScreenSession::SendText(const std::string& bytes) {
     FlushInputLocked();
 }
 
+void ScreenSession::Resize(int rows, int cols) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_vt == nullptr || m_master < 0)
+        return;
+    // The emulator first, so that output drawn for the new size lands on a
+    // screen of that size; then the terminal, whose kernel sends SIGWINCH
+    // to the program's foreground process group.
+    vterm_set_size(m_vt, rows, cols);
+    m_opts.iRows = rows;
+    m_opts.iCols = cols;
+    winsize ws{};
+    ws.ws_row = static_cast<unsigned short>(rows);
+    ws.ws_col = static_cast<unsigned short>(cols);
+    ioctl(m_master, TIOCSWINSZ, &ws);
+    m_lastActivity = Clock::now();
+}
+
 void ScreenSession::SendCtrl(char c) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_vt == nullptr)

@@ -196,6 +196,10 @@ public:
     // A character with Ctrl held ('c' gives 0x03).
     void SendCtrl(char c);
 
+    // Gives the terminal a new size (TIOCSWINSZ, so the program gets
+    // SIGWINCH) and resizes the decoded screen with it.
+    void Resize(int rows, int cols);
+
     // ---- Waiting (each returns false at the deadline) ----
     // Row row contains text.
     bool WaitForText(int row, const std::string& text, int timeoutMs = kDefaultWaitMs);

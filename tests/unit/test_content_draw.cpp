@@ -92,8 +92,96 @@ TEST_F(ContentDraw, ACellWiderThanTheWindowGivesANegativeInterval) {
     EXPECT_EQ(m_info.iIntervalWidth, -20);
     EXPECT_EQ(m_info.iStartX, -20);
     EXPECT_EQ(ContentColX(&m_info, 0), -20);
-    // It can still be drawn: curses refuses what falls outside the window.
-    EXPECT_EQ(ShowContent(&m_info), 0);
+    // Only the visible part is drawn, on the cell's own line: the 20 bytes
+    // left of the window are cut and the rest fills the line.
+    for (int i = 0; i < 100; ++i)
+        page.Get()->pstItem[0].pstSection[0].strSecName[i] = static_cast<char>('a' + i % 26);
+    ASSERT_EQ(ShowContent(&m_info), 0);
+    std::string sWant;
+    for (int i = 20; i < 100; ++i)
+        sWant += static_cast<char>('a' + i % 26);
+    EXPECT_EQ(Line(Content(), 8), sWant);
+    for (int y = 0; y < 18; ++y) {
+        if (y != 8) {
+            EXPECT_EQ(Line(Content(), y), "") << "line " << y;
+        }
+    }
+}
+
+// What row r must show on its line: each cell's text placed at its column,
+// with what falls outside the 80 columns left out.
+std::string ClippedRow(const CONTENT_DRAW_INFO& stInfo, int r) {
+    const CONTENT_ITEM& stItem = stInfo.pstContent->pstItem[r];
+    std::string sLine(80, ' ');
+    for (int j = 0; j < stItem.iSectionNum; ++j) {
+        const std::string& sText = stItem.pstSection[j].strSecName;
+        long lX = ContentColX(&stInfo, j);
+        for (size_t i = 0; i < sText.size(); ++i) {
+            long lCol = lX + static_cast<long>(i);
+            if (lCol >= 0 && lCol < 80)
+                sLine[lCol] = sText[i];
+        }
+    }
+    size_t iEnd = sLine.find_last_not_of(' ');
+    return iEnd == std::string::npos ? "" : sLine.substr(0, iEnd + 1);
+}
+
+// A value wider than the window among ordinary rows: every label and value
+// stays on its own line, the long one clipped at both edges of the window.
+TEST_F(ContentDraw, ALongValueIsClippedOnItsOwnLine) {
+    std::string sLong(70, 'r');
+    sLong.replace(0, 5, "/srv/");
+    PageGuard page(MakePage({
+        {{Fixed("Ftp server root:"), Fixed(sLong)}},
+        {{Fixed("Anonymous login:"), Fixed("[Yes]")}},
+        {{Fixed("Max clients:"), Fixed("50")}},
+    }));
+    ASSERT_EQ(Layout(page.Get()), 0);
+    ASSERT_LT(m_info.iIntervalWidth, 0);
+    ASSERT_EQ(ShowContent(&m_info), 0);
+    ASSERT_LT(ContentColX(&m_info, 0), 0);
+    for (int r = 0; r < 3; ++r) {
+        EXPECT_EQ(Line(Content(), ContentRowLine(&m_info, r)), ClippedRow(m_info, r)) << r;
+        EXPECT_NE(ClippedRow(m_info, r), "") << r;
+    }
+    int iRowLines = 0;
+    for (int y = 0; y < 18; ++y)
+        iRowLines += Line(Content(), y).empty() ? 0 : 1;
+    EXPECT_EQ(iRowLines, 3);
+}
+
+// A 100 KB value shows its visible part on its own line; nothing else of the
+// window is written, and the cells of other rows land where the layout puts
+// them.
+TEST_F(ContentDraw, AHugeTextIsClippedOnItsOwnLine) {
+    PageGuard page(MakePage({
+        {{Fixed("Ftp server root:"), Fixed(std::string(100 * 1024, 'h'))}},
+        {{Fixed("Anonymous login:"), Fixed("[Yes]")}},
+    }));
+    ASSERT_EQ(Layout(page.Get()), 0);
+    ASSERT_EQ(ShowContent(&m_info), 0);
+    EXPECT_EQ(Line(Content(), ContentRowLine(&m_info, 0)), ClippedRow(m_info, 0));
+    EXPECT_EQ(ClippedRow(m_info, 0), std::string(80, 'h'));
+    for (int y = 0; y < 18; ++y) {
+        if (y != ContentRowLine(&m_info, 0)) {
+            EXPECT_EQ(Line(Content(), y), "") << "line " << y;
+        }
+    }
+}
+
+// A cell that runs past the right edge is cut there instead of wrapping onto
+// the next line.
+TEST_F(ContentDraw, ACellPastTheRightEdgeDoesNotWrap) {
+    PageGuard page(MakePage({
+        {{Fixed(std::string(50, 'a')), Fixed(std::string(45, 'b'))}},
+        {{Fixed("x"), Fixed("y")}},
+    }));
+    ASSERT_EQ(GetContentDrawInfo(Content(), 0, 0, 80, 18, 0, page.Get(), &m_info), 0);
+    ASSERT_EQ(ShowContent(&m_info), 0);
+    int x1 = ContentColX(&m_info, 1);
+    ASSERT_GT(x1 + 45, 80);
+    EXPECT_EQ(TextAt(Content(), m_info.iStartY, x1, 80 - x1), std::string(80 - x1, 'b'));
+    EXPECT_EQ(Line(Content(), m_info.iStartY + 1).find('b'), std::string::npos);
 }
 
 TEST_F(ContentDraw, AFixedWidthIsClaimedWhileTheTextFits) {
