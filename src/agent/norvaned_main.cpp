@@ -14,7 +14,7 @@
 #include "agent/journal.h"
 #include "agent/norvaned_options.h"
 #include "agent/server.h"
-#include "agent/sim_backend.h"
+#include "agent/sim/sim_backend.h"
 
 namespace {
 

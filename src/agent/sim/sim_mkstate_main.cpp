@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "agent/sim_testdata.h"
+#include "agent/sim/sim_testdata.h"
 
 // A count argument: decimal digits, at most one million; -1 otherwise.
 static int Count(const char* s) {

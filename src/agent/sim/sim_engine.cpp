@@ -1,11 +1,12 @@
 // The simulator engine: command application with save-or-roll-back, and the
 // cached check body whose date and time bytes are patched in place as the
 // clock moves, so a check costs one copy of the cached bytes.
-#include "agent/sim_engine.h"
+#include "agent/sim/sim_engine.h"
 
 #include "agent/atomic_file.h"
-#include "agent/sim_commands.h"
-#include "agent/sim_state_json.h"
+#include "agent/commands/command_parser.h"
+#include "agent/sim/sim_apply.h"
+#include "agent/sim/sim_state_json.h"
 #include "link/result_codes.h"
 #include "wire/wire.h"
 
@@ -99,15 +100,15 @@ void SimEngine::CheckBody(std::string& body) {
 }
 
 CmdResult SimEngine::Apply(short cmd, const std::string& payload) {
-    const std::map<short, CmdHandler>& table = CommandTable();
-    auto it = table.find(cmd);
-    if (it == table.end())
-        return UnknownCommand(cmd);
+    Request req;
+    CmdResult r;
+    if (!ParseCommand(cmd, payload, req, r))
+        return r;
     std::lock_guard<std::mutex> lock(m_mu);
     time_t real = m_clock();
     SimState next = m_state;
-    CmdContext ctx{next, real};
-    CmdResult r = it->second(ctx, payload);
+    SimContext ctx{next, real};
+    r = SimApply(ctx, req);
     if (r.iCode != em_ActSuccAll)
         return r;
     FormatShown(real + static_cast<time_t>(next.clockOffset), next.conf.sNowDate,

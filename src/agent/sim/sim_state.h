@@ -6,24 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "agent/commands/requests.h"
 #include "agent/state_json.h"
 #include "link/state_record.h"
 
 namespace nvagent {
 
-enum FwProto { kProtoTcp = 1, kProtoUdp = 2 };
-enum FwAction { kActAccept = 1, kActDrop = 2, kActReject = 3 };
 enum IfMode { kModeStatic = 1, kModeDynamic = 2 };
-
-// One firewall rule; an empty address matches any address, port 0 any port.
-struct FwRule {
-    int proto = kProtoTcp;
-    std::string src;
-    int sport = 0;
-    std::string dst;
-    int dport = 0;
-    int action = kActAccept;
-};
 
 // One network interface; empty address fields are unset.
 struct NetInterface {

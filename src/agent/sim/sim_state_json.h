@@ -7,7 +7,7 @@
 #include <string>
 
 #include "agent/json_fields.h"
-#include "agent/sim_state.h"
+#include "agent/sim/sim_state.h"
 
 namespace nvagent {
 

@@ -1,8 +1,8 @@
 // MakeSimBackend: loads the state file and hands back the simulator engine.
-#include "agent/sim_backend.h"
+#include "agent/sim/sim_backend.h"
 
-#include "agent/sim_engine.h"
-#include "agent/sim_state_json.h"
+#include "agent/sim/sim_engine.h"
+#include "agent/sim/sim_state_json.h"
 
 namespace nvagent {
 

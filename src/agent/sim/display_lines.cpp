@@ -1,6 +1,6 @@
 // Formatting of the display lines: fixed column layouts, with the text
 // columns padded to the widest entry of the list so that the lines align.
-#include "agent/display_lines.h"
+#include "agent/sim/display_lines.h"
 
 #include <algorithm>
 #include <cstring>

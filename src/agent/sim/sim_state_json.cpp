@@ -1,12 +1,12 @@
 // JSON conversion of the simulator's own keys and loading of the state file.
-#include "agent/sim_state_json.h"
+#include "agent/sim/sim_state_json.h"
 
 #include <cerrno>
 #include <cstring>
 
 #include "agent/atomic_file.h"
-#include "agent/display_lines.h"
-#include "agent/payload_parse.h"
+#include "agent/commands/payload_parse.h"
+#include "agent/sim/display_lines.h"
 
 namespace nvagent {
 

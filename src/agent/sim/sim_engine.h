@@ -1,4 +1,4 @@
-// The simulator backend itself: the state, its file, the command table and
+// The simulator backend itself: the state, its file, the parsed requests and
 // the cached check body, behind one mutex. MakeSimBackend builds one from a
 // state file; tests build one directly to give it a clock of their own.
 #ifndef NV_AGENT_SIM_ENGINE_H
@@ -10,7 +10,7 @@
 #include <string>
 
 #include "agent/backend.h"
-#include "agent/sim_state.h"
+#include "agent/sim/sim_state.h"
 
 namespace nvagent {
 

@@ -1,5 +1,5 @@
 // Payload parsing helpers of the simulator's commands.
-#include "agent/payload_parse.h"
+#include "agent/commands/payload_parse.h"
 
 #include <cctype>
 

@@ -1,6 +1,6 @@
 // The large generated state: deterministic rules and listeners over a fixed
 // base, so repeated runs measure the same thing.
-#include "agent/sim_testdata.h"
+#include "agent/sim/sim_testdata.h"
 
 #include <string>
 
