@@ -3,7 +3,7 @@
 // regenerated (1-based index first) after a change.
 #include <gtest/gtest.h>
 
-#include "agent/sim/display_lines.h"
+#include "agent/display_lines.h"
 #include "support/sim_test_util.h"
 #include "temp_dir.h"
 

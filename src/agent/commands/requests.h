@@ -28,6 +28,22 @@ struct FwRule {
     int action = kActAccept;
 };
 
+enum IfMode { kModeStatic = 1, kModeDynamic = 2 };
+
+// One network interface; empty address fields are unset.
+struct NetInterface {
+    int index = 0;  // the kernel's interface index; 0: numbered by position
+    std::string name;
+    std::string mac;
+    int mode = kModeStatic;
+    bool up = true;
+    std::string ip;
+    std::string mask;
+    std::string gateway;
+    std::string dns1;
+    std::string dns2;
+};
+
 // An on/off switch: kernel flags, monitor switches, FTP and Samba options.
 struct FlagRequest {
     short cmd;

@@ -2,6 +2,8 @@
 // commands that share a request type are told apart by their number.
 #include "agent/sim/sim_apply.h"
 
+#include "agent/commands/own_settings.h"
+
 namespace nvagent {
 
 namespace {
@@ -11,9 +13,6 @@ struct Dispatch {
 
     CmdResult operator()(const FlagRequest& q) { return SimFlag(c, q); }
     CmdResult operator()(const KernelRequest& q) { return SimKernel(c, q); }
-    CmdResult operator()(const LanguageRequest& q) { return SimLanguage(c, q); }
-    CmdResult operator()(const ListRequest& q) { return SimList(c, q); }
-    CmdResult operator()(const ThresholdRequest& q) { return SimThreshold(c, q); }
     CmdResult operator()(const PathRequest& q) { return SimPath(c, q); }
     CmdResult operator()(const PlainRequest& q) {
         switch (q.cmd) {
@@ -25,17 +24,15 @@ struct Dispatch {
             case 51:
                 return SimRestore(c, q.cmd);
             default:
-                return SimListClear(c, q.cmd);
+                return Failed("Command " + std::to_string(q.cmd) + " is not a plain command.");
         }
     }
-    CmdResult operator()(const VolumeAddRequest& q) { return SimVolumeAdd(c, q); }
-    CmdResult operator()(const BackupAddRequest& q) { return SimBackupAdd(c, q); }
     CmdResult operator()(const DeleteRequest& q) {
         if (q.cmd == 34)
             return SimRuleDelete(c, kChainInput, q.index);
         if (q.cmd == 38)
             return SimRuleDelete(c, kChainOutput, q.index);
-        return SimListDelete(c, q);
+        return Failed("Command " + std::to_string(q.cmd) + " deletes no rule.");
     }
     CmdResult operator()(const PolicyRequest& q) { return SimPolicy(c, q); }
     CmdResult operator()(const RuleAddRequest& q) { return SimRuleAdd(c, q); }
@@ -45,11 +42,17 @@ struct Dispatch {
     CmdResult operator()(const HostNameRequest& q) { return SimHostName(c, q); }
     CmdResult operator()(const DateRequest& q) { return SimDate(c, q); }
     CmdResult operator()(const TimeRequest& q) { return SimTime(c, q); }
+    template <class Own>
+    CmdResult operator()(const Own&) {
+        return Failed("Not a simulator request.");
+    }
 };
 
 }  // namespace
 
 CmdResult SimApply(SimContext& c, const Request& req) {
+    if (IsOwnSetting(req))
+        return ApplyOwnSetting(c.st.conf, c.st.svr.iMemTotal, req);
     return std::visit(Dispatch{c}, req);
 }
 

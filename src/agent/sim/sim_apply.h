@@ -18,23 +18,15 @@ struct SimContext {
     time_t realNow;
 };
 
-// Carries out one parsed request.
+// Carries out one parsed request; the agent's own settings go to the
+// code both backends share (own_settings.h).
 CmdResult SimApply(SimContext& c, const Request& req);
 
 // sim_apply_settings.cpp
 CmdResult SimFlag(SimContext& c, const FlagRequest& q);
 CmdResult SimKernel(SimContext& c, const KernelRequest& q);
-CmdResult SimLanguage(SimContext& c, const LanguageRequest& q);
-CmdResult SimThreshold(SimContext& c, const ThresholdRequest& q);
 CmdResult SimPath(SimContext& c, const PathRequest& q);
 CmdResult SimRestore(SimContext& c, short cmd);
-
-// sim_apply_lists.cpp
-CmdResult SimList(SimContext& c, const ListRequest& q);
-CmdResult SimVolumeAdd(SimContext& c, const VolumeAddRequest& q);
-CmdResult SimBackupAdd(SimContext& c, const BackupAddRequest& q);
-CmdResult SimListDelete(SimContext& c, const DeleteRequest& q);
-CmdResult SimListClear(SimContext& c, short cmd);
 
 // sim_apply_firewall.cpp
 CmdResult SimPolicy(SimContext& c, const PolicyRequest& q);

@@ -1,7 +1,7 @@
 // The simulator's two firewall chains: policy, add, delete and clear. Both
 // chains share the code through a table row naming the chain's fields.
 #include "agent/commands/state_checks.h"
-#include "agent/sim/display_lines.h"
+#include "agent/display_lines.h"
 #include "agent/sim/sim_apply.h"
 
 namespace nvagent {

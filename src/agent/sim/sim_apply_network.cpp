@@ -1,6 +1,6 @@
 // The simulator's network interfaces: down, up, automatic addressing and a
 // manual address. Every change regenerates the interface display lines.
-#include "agent/sim/display_lines.h"
+#include "agent/display_lines.h"
 #include "agent/sim/sim_apply.h"
 
 namespace nvagent {

@@ -1,6 +1,5 @@
-// The simulator's single settings: switches, kernel limits, the language,
-// thresholds, path options and the FTP and Samba restores.
-#include "agent/commands/command_parser.h"
+// The simulator's system switches (kernel flags, FTP and Samba options),
+// kernel limits, path options and the FTP and Samba restores.
 #include "agent/commands/state_checks.h"
 #include "agent/sim/sim_apply.h"
 
@@ -48,10 +47,6 @@ bool RestoreFields(const std::vector<char cConf_Inf::*>& flags, std::string cCon
     return changed;
 }
 
-std::string Percent(int v) {
-    return std::to_string(v) + "%";
-}
-
 }  // namespace
 
 CmdResult SimFlag(SimContext& c, const FlagRequest& q) {
@@ -79,40 +74,6 @@ CmdResult SimKernel(SimContext& c, const KernelRequest& q) {
         return Done();
     }
     return Failed("Command " + std::to_string(q.cmd) + " has no kernel limit.");
-}
-
-CmdResult SimLanguage(SimContext& c, const LanguageRequest& q) {
-    static const char* const kNames[] = {"English", "Chinese (GB2312)", "Chinese (UTF-8)"};
-    if (c.st.conf.chLangCode == q.code)
-        return Unchanged(std::string("The language is already ") + kNames[q.code] + ".");
-    c.st.conf.chLangCode = static_cast<char>(q.code);
-    return Done();
-}
-
-CmdResult SimThreshold(SimContext& c, const ThresholdRequest& q) {
-    cConf_Inf& conf = c.st.conf;
-    CmdResult r;
-    if (q.cmd == 17) {
-        if (!CheckCpuCeil(q.value, conf.shCpuFloor, r))
-            return r;
-        if (q.value == conf.shCpuCeil)
-            return Unchanged("The CPU ceiling is already " + Percent(q.value) + ".");
-        conf.shCpuCeil = static_cast<short>(q.value);
-    } else if (q.cmd == 18) {
-        if (!CheckCpuFloor(q.value, conf.shCpuCeil, r))
-            return r;
-        if (q.value == conf.shCpuFloor)
-            return Unchanged("The CPU floor is already " + Percent(q.value) + ".");
-        conf.shCpuFloor = static_cast<short>(q.value);
-    } else {
-        if (!CheckMemCeil(q.value, c.st.svr.iMemTotal, r))
-            return r;
-        if (q.value == conf.iMemCeil) {
-            return Unchanged("The memory ceiling is already " + std::to_string(q.value) + " MB.");
-        }
-        conf.iMemCeil = q.value;
-    }
-    return Done();
 }
 
 CmdResult SimPath(SimContext& c, const PathRequest& q) {

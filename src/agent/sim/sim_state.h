@@ -12,21 +12,6 @@
 
 namespace nvagent {
 
-enum IfMode { kModeStatic = 1, kModeDynamic = 2 };
-
-// One network interface; empty address fields are unset.
-struct NetInterface {
-    std::string name;
-    std::string mac;
-    int mode = kModeStatic;
-    bool up = true;
-    std::string ip;
-    std::string mask;
-    std::string gateway;
-    std::string dns1;
-    std::string dns2;
-};
-
 // A login known to the password command. The password itself is never kept:
 // pwChanged is the (simulated) time of the last change in seconds since the
 // epoch, 0 for never.

@@ -6,7 +6,7 @@
 
 #include "agent/atomic_file.h"
 #include "agent/commands/payload_parse.h"
-#include "agent/sim/display_lines.h"
+#include "agent/display_lines.h"
 
 namespace nvagent {
 
