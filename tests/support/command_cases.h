@@ -143,10 +143,11 @@ inline const CommandCase kCommandCases[] = {
     {31, "   ", 1, "three blanks"},
 
     {32, "1", 7, "input policy accept"},
-    {32, "3", 7, "input policy reject"},
+    {32, "3", 2, "input policy reject (a rule action only)"},
     {32, "2", 6, "input policy already drop"},
     {32, "-", 2, "input policy untouched"},
     {32, "4", 2, "input policy out of range"},
+    {32, "1", 6, "input policy already accept", 32, "1"},
     {32, "1 2", 1, "two policy tokens"},
     {33, "1 1 - 0 - 22 1", 7, "input rule at the top"},
     {33, "2 2 10.0.0.0/8 0 192.168.1.20 53 2", 7, "input rule at the bottom"},

@@ -25,7 +25,8 @@ TEST(LiveFirewall, RulesOfOurShapeUseOurColumnsOthersAreShownAsIptablesPrintsThe
         "-A INPUT -s 10.0.0.0/8 -d 192.168.1.20/32 -p udp -m udp --sport 53 -j DROP\n"
         "-A INPUT -i lo -j ACCEPT\n"
         "-A custom -j RETURN\n"
-        "-A OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with icmp-port-unreachable\n";
+        "-A OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with icmp-port-unreachable\n"
+        "-A OUTPUT -p tcp -m tcp --dport 26 -j REJECT --reject-with tcp-reset\n";
     ChainView in, out;
     ParseIptablesRules(text, in, out);
     EXPECT_EQ(in.policy, '2');
@@ -34,9 +35,9 @@ TEST(LiveFirewall, RulesOfOurShapeUseOurColumnsOthersAreShownAsIptablesPrintsThe
     EXPECT_EQ(in.lines[0], "  1  tcp  any:any  -> any:22   ACCEPT");
     EXPECT_EQ(in.lines[1], "  2  udp  10.0.0.0/8:53  -> 192.168.1.20:any  DROP");
     EXPECT_EQ(in.lines[2], "  3  -i lo -j ACCEPT");
-    ASSERT_EQ(out.lines.size(), 1u);
-    EXPECT_EQ(out.lines[0],
-              "  1  -p tcp -m tcp --dport 25 -j REJECT --reject-with icmp-port-unreachable");
+    ASSERT_EQ(out.lines.size(), 2u);
+    EXPECT_EQ(out.lines[0], "  1  tcp  any:any  -> any:25   REJECT");
+    EXPECT_EQ(out.lines[1], "  2  -p tcp -m tcp --dport 26 -j REJECT --reject-with tcp-reset");
     EXPECT_EQ(in.specs[2], "-i lo -j ACCEPT");
 }
 

@@ -41,10 +41,11 @@ bool ParsePolicy(short cmd, const std::string& p, Request& req, CmdResult& r) {
         r = Invalid("No policy was chosen: choose accept (1) or drop (2).");
         return false;
     }
-    int v = Choice(tok[0], 3);
+    int v = Choice(tok[0], 2);
     if (v == 0) {
-        r = Invalid("The policy must be 1 (accept), 2 (drop) or 3 (reject), not \"" + tok[0] +
-                    "\".");
+        // A built-in chain's policy can only accept or drop; reject is an
+        // action of rules.
+        r = Invalid("The policy must be 1 (accept) or 2 (drop), not \"" + tok[0] + "\".");
         return false;
     }
     req = PolicyRequest{ChainOf(cmd), v};

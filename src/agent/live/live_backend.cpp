@@ -8,6 +8,7 @@
 #include "agent/commands/command_parser.h"
 #include "agent/commands/own_settings.h"
 #include "agent/display_lines.h"
+#include "agent/live/live_changes.h"
 #include "agent/live/live_files.h"
 #include "agent/live/live_firewall.h"
 #include "agent/live/live_interfaces.h"
@@ -49,11 +50,52 @@ public:
         std::lock_guard<std::mutex> lock(m_mu);
         if (IsOwnSetting(req))
             return ApplyOwn(req);
-        return {em_ActNotPrepare, "Command " + std::to_string(cmd) +
-                                      " is not carried out on this system by the agent."};
+        return std::visit(Change{*this, cmd}, req);
     }
 
 private:
+    // The system changes, by kind of request.
+    struct Change {
+        LiveBackend& b;
+        short cmd;
+
+        CmdResult operator()(const FlagRequest& q) {
+            if (q.cmd >= 4 && q.cmd <= 6)
+                return ChangeKernelFlag(q);
+            return NotHere();
+        }
+        CmdResult operator()(const KernelRequest& q) { return ChangeKernelLimit(q); }
+        CmdResult operator()(const HostNameRequest& q) { return ChangeHostName(q); }
+        CmdResult operator()(const PasswordRequest& q) { return ChangePassword(q); }
+        CmdResult operator()(const DateRequest& q) {
+            return ChangeDate(q, b.m_opts.setClock, time(nullptr));
+        }
+        CmdResult operator()(const TimeRequest& q) {
+            return ChangeTime(q, b.m_opts.setClock, time(nullptr));
+        }
+        CmdResult operator()(const PolicyRequest& q) { return ChangePolicy(q, b.Rules()); }
+        CmdResult operator()(const RuleAddRequest& q) { return AddRule(q, b.Rules()); }
+        CmdResult operator()(const DeleteRequest& q) {
+            return DeleteRule(q.cmd == 34 ? kChainInput : kChainOutput, q.index, b.Rules());
+        }
+        CmdResult operator()(const PlainRequest& q) {
+            if (q.cmd == 35 || q.cmd == 39)
+                return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.Rules());
+            return NotHere();
+        }
+        template <class Other>
+        CmdResult operator()(const Other&) {
+            return NotHere();
+        }
+        CmdResult NotHere() const {
+            return {em_ActNotPrepare,
+                    "Command " + std::to_string(cmd) +
+                        " is not carried out by this agent on a live system yet."};
+        }
+    };
+
+    std::string Rules() const { return FirewallRulesFile(m_opts.sDataDir); }
+
     // The agent's own settings: changed on a copy, saved, then kept.
     CmdResult ApplyOwn(const Request& req) {
         cConf_Inf next = m_settings;
@@ -107,10 +149,17 @@ private:
 }  // namespace
 
 std::unique_ptr<Backend> MakeLiveBackend(const LiveOptions& opts, std::string& err) {
-    cConf_Inf settings = DefaultConf();
-    if (!LoadSettings(SettingsPath(opts.sDataDir), settings, err))
+    LiveOptions o = opts;
+    if (!o.setClock)
+        o.setClock = SetSystemClock;
+    if (!EnsureDir(o.sDataDir, err))
         return nullptr;
-    return std::make_unique<LiveBackend>(opts, std::move(settings));
+    cConf_Inf settings = DefaultConf();
+    if (!LoadSettings(SettingsPath(o.sDataDir), settings, err))
+        return nullptr;
+    if (o.bRestoreFirewall && !RestoreFirewall(o.sDataDir, err))
+        return nullptr;
+    return std::make_unique<LiveBackend>(o, std::move(settings));
 }
 
 }  // namespace nvagent

@@ -48,6 +48,8 @@ bool AsOwnRule(const std::string& spec, FwRule& r) {
             r.sport = atoi(v.c_str());
         } else if (k == "--dport") {
             r.dport = atoi(v.c_str());
+        } else if (k == "--reject-with" && v == "icmp-port-unreachable") {
+            // REJECT's default answer, which iptables prints out.
         } else if (k == "-j" && (v == "ACCEPT" || v == "DROP" || v == "REJECT")) {
             r.action = v == "DROP" ? kActDrop : v == "REJECT" ? kActReject : kActAccept;
             verdict = true;

@@ -34,7 +34,9 @@ const char* const kKeys[] = {
     "chLangCode",
 };
 
-bool MakeDirs(const std::string& dir, std::string& err) {
+}  // namespace
+
+bool EnsureDir(const std::string& dir, std::string& err) {
     for (size_t at = 1; at <= dir.size(); ++at) {
         if (at != dir.size() && dir[at] != '/')
             continue;
@@ -46,8 +48,6 @@ bool MakeDirs(const std::string& dir, std::string& err) {
     }
     return true;
 }
-
-}  // namespace
 
 std::string SettingsPath(const std::string& dataDir) {
     return dataDir + "/settings.json";
@@ -98,7 +98,7 @@ bool LoadSettings(const std::string& path, cConf_Inf& conf, std::string& err) {
 
 bool SaveSettings(const std::string& path, const cConf_Inf& conf, std::string& err) {
     size_t slash = path.rfind('/');
-    if (slash != std::string::npos && slash > 0 && !MakeDirs(path.substr(0, slash), err))
+    if (slash != std::string::npos && slash > 0 && !EnsureDir(path.substr(0, slash), err))
         return false;
     Json all = StateToJson(conf, cSvrState());
     Json out = Json::object();

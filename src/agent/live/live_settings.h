@@ -21,6 +21,9 @@ bool LoadSettings(const std::string& path, cConf_Inf& conf, std::string& err);
 // (mode 0700) when needed.
 bool SaveSettings(const std::string& path, const cConf_Inf& conf, std::string& err);
 
+// Creates dir and its missing parents (mode 0700); false with err.
+bool EnsureDir(const std::string& dir, std::string& err);
+
 // Copies the agent's own fields from one record to another.
 void CopySettings(const cConf_Inf& from, cConf_Inf& to);
 
