@@ -25,7 +25,9 @@ if [ "${1:-}" = "--inside" ]; then
   mount --bind "$work/file-max" /proc/sys/fs/file-max
   mount -t sysfs sysfs /sys
   mount -t tmpfs -o mode=0755 tmpfs /run
-  mkdir -p /run/netns /run/lock
+  mkdir -p /run/netns /run/lock /run/network
+  # The DHCP client's leases stay inside the sandbox.
+  if [ -d /var/lib/dhcp ]; then mount -t tmpfs -o mode=0755 tmpfs /var/lib/dhcp; fi
   hostname nv-sandbox
   ip link set lo up
   # The peer namespace holds the far end of the veth pair (and DHCP).

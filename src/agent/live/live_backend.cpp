@@ -67,6 +67,8 @@ private:
         CmdResult operator()(const KernelRequest& q) { return ChangeKernelLimit(q); }
         CmdResult operator()(const HostNameRequest& q) { return ChangeHostName(q); }
         CmdResult operator()(const PasswordRequest& q) { return ChangePassword(q); }
+        CmdResult operator()(const InterfaceRequest& q) { return ChangeInterface(q); }
+        CmdResult operator()(const InterfaceManualRequest& q) { return ChangeInterfaceManual(q); }
         CmdResult operator()(const DateRequest& q) {
             return ChangeDate(q, b.m_opts.setClock, time(nullptr));
         }
