@@ -20,6 +20,8 @@ if [ "${1:-}" = "--inside" ]; then
   work="$1"; shift
   dhcp="$1"; shift
   mount --make-rprivate /
+  # A null device of our own, whatever happens to the machine's meanwhile.
+  mount --bind "$work/null" /dev/null
   mount --bind "$work/etc" /etc
   mount --bind "$work/threads-max" /proc/sys/kernel/threads-max
   mount --bind "$work/file-max" /proc/sys/fs/file-max
@@ -71,6 +73,7 @@ fi
 work="$(mktemp -d /tmp/nv-sandbox.XXXXXX)"
 trap 'rm -rf "$work"' EXIT
 cp -a /etc "$work/etc"
+mknod -m 666 "$work/null" c 1 3
 cat /proc/sys/kernel/threads-max > "$work/threads-max"
 cat /proc/sys/fs/file-max > "$work/file-max"
 set +e
