@@ -62,11 +62,18 @@ private:
         CmdResult operator()(const FlagRequest& q) {
             if (q.cmd >= 4 && q.cmd <= 6)
                 return ChangeKernelFlag(q);
+            if (q.cmd >= 40 && q.cmd <= 46)
+                return ChangeFtpFlag(q, b.m_opts.sDataDir);
             return NotHere();
         }
         CmdResult operator()(const KernelRequest& q) { return ChangeKernelLimit(q); }
         CmdResult operator()(const HostNameRequest& q) { return ChangeHostName(q); }
         CmdResult operator()(const PasswordRequest& q) { return ChangePassword(q); }
+        CmdResult operator()(const PathRequest& q) {
+            if (q.cmd == 43)
+                return ChangeFtpRoot(q, b.m_opts.sDataDir);
+            return NotHere();
+        }
         CmdResult operator()(const InterfaceRequest& q) { return ChangeInterface(q); }
         CmdResult operator()(const InterfaceManualRequest& q) { return ChangeInterfaceManual(q); }
         CmdResult operator()(const DateRequest& q) {
@@ -83,6 +90,8 @@ private:
         CmdResult operator()(const PlainRequest& q) {
             if (q.cmd == 35 || q.cmd == 39)
                 return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.Rules());
+            if (q.cmd == 47)
+                return RestoreFtpDefaults(b.m_opts.sDataDir);
             return NotHere();
         }
         template <class Other>

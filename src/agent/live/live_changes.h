@@ -39,6 +39,11 @@ bool RestoreFirewall(const std::string& dataDir, std::string& err);
 CmdResult ChangeInterface(const InterfaceRequest& q);
 CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q);
 
+// live_ftp_change.cpp: the FTP server's configuration file and service.
+CmdResult ChangeFtpFlag(const FlagRequest& q, const std::string& dataDir);
+CmdResult ChangeFtpRoot(const PathRequest& q, const std::string& dataDir);
+CmdResult RestoreFtpDefaults(const std::string& dataDir);
+
 // live_password.cpp: chpasswd with the secret on standard input.
 CmdResult ChangePassword(const PasswordRequest& q);
 
