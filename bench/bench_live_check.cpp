@@ -35,7 +35,7 @@ double MedianMs(int runs, const std::function<void()>& f) {
 
 bool Listeners(int from, int count, std::vector<int>& fds) {
     for (int i = 0; i < count; ++i) {
-        int fd = socket(AF_INET, SOCK_STREAM, 0);
+        int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in a{};
         a.sin_family = AF_INET;
         a.sin_port = htons(static_cast<uint16_t>(from + i));
@@ -66,6 +66,8 @@ bool Rules(int count) {
     nvtest::RunResult r =
         nvtest::RunProgram({"/usr/sbin/iptables-restore", "-w", "5", "--noflush", path}, 120000);
     unlink(path.c_str());
+    if (r.iExitCode != 0)
+        fprintf(stderr, "iptables-restore: %s\n", r.sStderr.c_str());
     return r.iExitCode == 0;
 }
 
@@ -99,8 +101,10 @@ int main() {
            svr.vsIptablesInputList.size(), svr.vsIfconfigList.size());
     printf("  check round trip median %.2f ms (200 runs)\n", MedianMs(200, check));
 
-    if (!Listeners(30000, 10000 - 50, fds) || !Rules(10000 - 100))
+    if (!Listeners(30000, 10000 - 50, fds) || !Rules(10000 - 100)) {
+        fprintf(stderr, "cannot make the large state\n");
         return 1;
+    }
     check();
     printf("large: %zu listeners, %zu input rules\n", svr.vTcpListen.size(),
            svr.vsIptablesInputList.size());

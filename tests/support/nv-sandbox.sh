@@ -28,8 +28,12 @@ if [ "${1:-}" = "--inside" ]; then
   mount -t sysfs sysfs /sys
   mount -t tmpfs -o mode=0755 tmpfs /run
   mkdir -p /run/netns /run/lock /run/network
-  # The DHCP client's leases stay inside the sandbox.
-  if [ -d /var/lib/dhcp ]; then mount -t tmpfs -o mode=0755 tmpfs /var/lib/dhcp; fi
+  # What the services write under /var (DHCP leases, Samba's databases,
+  # logs) stays inside the sandbox.
+  for d in /var/lib/dhcp /var/lib/samba /var/cache/samba /var/log; do
+    if [ -d "$d" ]; then mount -t tmpfs -o mode=0755 tmpfs "$d"; fi
+  done
+  mkdir -p /var/lib/samba/private /var/log/samba
   hostname nv-sandbox
   ip link set lo up
   # The peer namespace holds the far end of the veth pair (and DHCP).

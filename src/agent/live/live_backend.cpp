@@ -64,6 +64,8 @@ private:
                 return ChangeKernelFlag(q);
             if (q.cmd >= 40 && q.cmd <= 46)
                 return ChangeFtpFlag(q, b.m_opts.sDataDir);
+            if (q.cmd == 49 || q.cmd == 50)
+                return ChangeSambaFlag(q, b.m_opts.sDataDir);
             return NotHere();
         }
         CmdResult operator()(const KernelRequest& q) { return ChangeKernelLimit(q); }
@@ -72,7 +74,7 @@ private:
         CmdResult operator()(const PathRequest& q) {
             if (q.cmd == 43)
                 return ChangeFtpRoot(q, b.m_opts.sDataDir);
-            return NotHere();
+            return ChangeSambaPath(q, b.m_opts.sDataDir);
         }
         CmdResult operator()(const InterfaceRequest& q) { return ChangeInterface(q); }
         CmdResult operator()(const InterfaceManualRequest& q) { return ChangeInterfaceManual(q); }
@@ -92,6 +94,8 @@ private:
                 return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.Rules());
             if (q.cmd == 47)
                 return RestoreFtpDefaults(b.m_opts.sDataDir);
+            if (q.cmd == 51)
+                return RestoreSambaDefaults(b.m_opts.sDataDir);
             return NotHere();
         }
         template <class Other>

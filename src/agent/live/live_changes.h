@@ -44,6 +44,11 @@ CmdResult ChangeFtpFlag(const FlagRequest& q, const std::string& dataDir);
 CmdResult ChangeFtpRoot(const PathRequest& q, const std::string& dataDir);
 CmdResult RestoreFtpDefaults(const std::string& dataDir);
 
+// live_samba_change.cpp: the agent's share section and Samba's service.
+CmdResult ChangeSambaFlag(const FlagRequest& q, const std::string& dataDir);
+CmdResult ChangeSambaPath(const PathRequest& q, const std::string& dataDir);
+CmdResult RestoreSambaDefaults(const std::string& dataDir);
+
 // live_password.cpp: chpasswd with the secret on standard input.
 CmdResult ChangePassword(const PasswordRequest& q);
 
