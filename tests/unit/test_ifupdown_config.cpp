@@ -59,30 +59,3 @@ TEST(IfupdownConfig, NewInterfaceIsAppended) {
 }
 
 }  // namespace
-{"cmd": 33, "len": 14, "payload_hex": "34362d202020ff1e2d2032322000", "result": 1}
-{"cmd": 33, "len": 14, "payload_hex": "34362d203d20302032202032032d", "result": 1}
-{"cmd": 33, "len": 14, "payload_hex": "34362d203d20302032202032032d", "result": 1}
-{"cmd": 7680, "len": 14, "payload_hex": "0003002d00000d0000332a410021", "result": -80}
-{"cmd": 7680, "len": 14, "payload_hex": "0003002d00000d0000332a410021", "result": -80}
-{"cmd": 7680, "len": 14, "payload_hex": "0003002d00000d0000332a410021", "result": -80}
-{"cmd": 7, "len": 8, "payload_hex": "330e353534343332", "result": 1}
-{"cmd": 7, "len": 8, "payload_hex": "330e243535343433", "result": 1}
-{"cmd": 7, "len": 8, "payload_hex": "330e1f3535343433", "result": 1}
-{"cmd": 58, "len": 8, "payload_hex": "330e1f3535343433", "result": 1}
-{"cmd": 58, "len": 8, "payload_hex": "330e30202d200000", "result": 2}
-{"cmd": 33, "len": 14, "payload_hex": "312031202d203000202020203120", "result": 1}
-{"cmd": 33, "len": 14, "payload_hex": "ccdfcedf2d203000202020203120", "result": 2}
-{"cmd": 0, "len": 31, "payload_hex": "00002100ccdfcedf2d2030002020202031202d203000202020443032443032", "result": -78, "note": "closed after 31 of 4878 payload bytes"}
-{"cmd": 0, "len": 0, "payload_hex": "", "result": -81, "note": "packet length 14488340 outside 6..1048576"}
-{"cmd": 0, "len": 66, "payload_hex": "00002100ccdfcedf2d2030002020202031202d2030002020204430324430dd0000000000002100ccdfcedf2d2030002020202031202d203000202020443032443032", "result": -78, "note": "closed after 66 of 4878 payload bytes"}
-{"cmd": 43, "len": 8, "payload_hex": "2f737276d196f470", "result": 2}
-{"cmd": 43, "len": 8, "payload_hex": "2f737276d196f470", "result": 2}
-{"cmd": 43, "len": 8, "payload_hex": "2f737276d196f470", "result": 2}
-{"cmd": 43, "len": 0, "payload_hex": "", "result": -81, "note": "packet length 16646158 outside 6..1048576"}
-{"cmd": 43, "len": 0, "payload_hex": "", "result": -81, "note": "packet length 16646158 outside 6..1048576"}
-{"cmd": 33, "len": 14, "payload_hex": "312031202d2030202d203232e0ce", "result": 1}
-{"cmd": 33, "len": 14, "payload_hex": "312031202d2030202d203232e0ce", "result": 1}
-{"cmd": 33, "len": 14, "payload_hex": "312031202d2030202d203232e0ce", "result": 1}
-{"cmd": 33, "len": 14, "payload_hex": "312031202d2030202d203232e0ce", "result": 1}
-{"cmd": 33, "len": 14, "payload_hex": "312031202d2030202d203232e0ce", "result": 1}
-{"cmd": 25, "len": 14, "payload_hex": "31e801000001000400313d00ffe4", "result": 1}

@@ -30,7 +30,6 @@ std::string MaskText(unsigned prefix) {
 
 struct Walk {
     std::vector<NetInterface>* out;
-    std::vector<int>* indexes;
 };
 
 void OnLink(nl_object* obj, void* arg) {
@@ -93,8 +92,7 @@ bool ReadInterfaces(std::vector<NetInterface>& out, std::string& err) {
         return false;
     }
     std::unique_ptr<nl_cache, CacheFree> addrCache(addrs);
-    std::vector<int> indexes;
-    Walk w{&out, &indexes};
+    Walk w{&out};
     nl_cache_foreach(links, OnLink, &w);
     std::sort(out.begin(), out.end(),
               [](const NetInterface& a, const NetInterface& b) { return a.index < b.index; });
