@@ -116,6 +116,15 @@ TEST_F(LiveRead, FirewallAsIptablesShowsIt) {
     EXPECT_EQ(svr.vsIptablesOutputList[0], "  1  udp  any:53   -> 10.1.2.3:any  DROP");
     EXPECT_EQ(svr.chIptablesInputPolicy, '1');
     EXPECT_EQ(svr.chIptablesOutputPolicy, '2');
+    // A change made by another tool between two checks is seen at the next.
+    Tool({"iptables", "-w", "5", "-D", "INPUT", "1"});
+    Tool({"iptables", "-w", "5", "-P", "INPUT", "DROP"});
+    Check();
+    ASSERT_EQ(svr.vsIptablesInputList.size(), 1u);
+    EXPECT_EQ(svr.vsIptablesInputList[0], "  1  -i lo -j ACCEPT");
+    EXPECT_EQ(svr.chIptablesInputPolicy, '2');
+    Check();
+    EXPECT_EQ(svr.vsIptablesInputList.size(), 1u);
 }
 
 TEST_F(LiveRead, ListenersWithTheirProcess) {

@@ -1,11 +1,21 @@
 // Reading the firewall: one "iptables -w N -t filter -S" run, parsed into
-// the chains' policies and rules. A rule made of protocol, addresses, ports
+// the chains' policies and rules, and reused while the kernel's nf_tables
+// generation stays the same. A rule made of protocol, addresses, ports
 // and a verdict is shown in the agent's own column layout; any other rule
 // is shown as iptables prints it.
 #include "agent/live/live_firewall.h"
 
+#include <arpa/inet.h>
+#include <linux/netfilter/nf_tables.h>
+#include <linux/netfilter/nfnetlink.h>
+#include <linux/netlink.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <mutex>
 #include <sstream>
 
 #include "agent/commands/requests.h"
@@ -103,7 +113,94 @@ void ParseIptablesRules(const std::string& text, ChainView& input, ChainView& ou
     MakeLines(output);
 }
 
+namespace {
+
+// The nf_tables ruleset generation: every change of any rule or policy
+// through nf_tables (which Debian's iptables uses) makes a new one. False
+// when the kernel does not answer (no nf_tables).
+bool NftGeneration(uint32_t& gen) {
+    int fd = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_NETFILTER);
+    if (fd < 0)
+        return false;
+    struct {
+        nlmsghdr nlh;
+        nfgenmsg nfg;
+    } req{};
+    req.nlh.nlmsg_len = sizeof req;
+    req.nlh.nlmsg_type = (NFNL_SUBSYS_NFTABLES << 8) | NFT_MSG_GETGEN;
+    req.nlh.nlmsg_flags = NLM_F_REQUEST;
+    req.nfg.nfgen_family = AF_UNSPEC;
+    req.nfg.version = NFNETLINK_V0;
+    sockaddr_nl nl{};
+    nl.nl_family = AF_NETLINK;
+    timeval tv{1, 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tv, sizeof tv);
+    bool ok = false;
+    char buf[4096];
+    if (sendto(fd, &req, sizeof req, 0, reinterpret_cast<sockaddr*>(&nl), sizeof nl) >= 0) {
+        ssize_t n = recv(fd, buf, sizeof buf, 0);
+        size_t left = n > 0 ? static_cast<size_t>(n) : 0;
+        for (nlmsghdr* h = reinterpret_cast<nlmsghdr*>(buf); NLMSG_OK(h, left);
+             h = NLMSG_NEXT(h, left)) {
+            if (h->nlmsg_type != ((NFNL_SUBSYS_NFTABLES << 8) | NFT_MSG_NEWGEN))
+                continue;
+            size_t at = NLMSG_HDRLEN + NLMSG_ALIGN(sizeof(nfgenmsg));
+            while (at + sizeof(nlattr) <= h->nlmsg_len) {
+                nlattr* a = reinterpret_cast<nlattr*>(reinterpret_cast<char*>(h) + at);
+                if (a->nla_len < sizeof(nlattr) || at + a->nla_len > h->nlmsg_len)
+                    break;
+                if ((a->nla_type & NLA_TYPE_MASK) == NFTA_GEN_ID && a->nla_len >= NLA_HDRLEN + 4) {
+                    uint32_t be = 0;
+                    memcpy(&be, reinterpret_cast<char*>(a) + NLA_HDRLEN, 4);
+                    gen = ntohl(be);
+                    ok = true;
+                }
+                at += NLA_ALIGN(a->nla_len);
+            }
+        }
+    }
+    close(fd);
+    return ok;
+}
+
+// The last reading and the generation it belongs to: while the generation
+// stays the same, the rules are the same, and a check need not run iptables.
+struct FirewallCache {
+    std::mutex mu;
+    bool valid = false;
+    uint32_t gen = 0;
+    ChainView input, output;
+};
+
+FirewallCache& Cache() {
+    static FirewallCache c;
+    return c;
+}
+
+// Whether the machine's iptables is the nf_tables flavour, whose changes
+// the generation follows (the legacy flavour's do not).
+bool NftFlavour() {
+    static const bool nft = [] {
+        ToolRun run = RunTool({"iptables", "-V"}, "", 10000);
+        return run.Ok() && run.sOut.find("nf_tables") != std::string::npos;
+    }();
+    return nft;
+}
+
+}  // namespace
+
 bool ReadFirewall(ChainView& input, ChainView& output, std::string& err) {
+    uint32_t gen = 0;
+    bool known = NftFlavour() && NftGeneration(gen);
+    FirewallCache& c = Cache();
+    if (known) {
+        std::lock_guard<std::mutex> lock(c.mu);
+        if (c.valid && c.gen == gen) {
+            input = c.input;
+            output = c.output;
+            return true;
+        }
+    }
     ToolRun run = RunTool({"iptables", "-w", "5", "-t", "filter", "-S"}, "", 10000);
     if (!run.Ok()) {
         input = ChainView();
@@ -112,6 +209,13 @@ bool ReadFirewall(ChainView& input, ChainView& output, std::string& err) {
         return false;
     }
     ParseIptablesRules(run.sOut, input, output);
+    uint32_t after = 0;
+    std::lock_guard<std::mutex> lock(c.mu);
+    // Kept only when nothing changed while iptables was reading.
+    c.valid = known && NftGeneration(after) && after == gen;
+    c.gen = gen;
+    c.input = input;
+    c.output = output;
     return true;
 }
 
