@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/sim_testdata.h"
+#include "agent/sim/sim_testdata.h"
 #include "bench_agent.h"
 #include "cmdclient/cmd_client.h"
 #include "link/global_val.h"

@@ -106,8 +106,10 @@ tVecStr InterfaceLines(const std::vector<NetInterface>& v) {
     tVecStr out;
     for (size_t i = 0; i < v.size(); ++i) {
         const NetInterface& n = v[i];
-        out.push_back(Index(i, v.size()) + "  " + Pad(n.name, wn) + "  " + Pad(OrDash(n.mac), 17) +
-                      "  " + Pad(n.mode == kModeDynamic ? "dynamic" : "static", 7) + "  " +
+        size_t shown = n.index > 0 ? static_cast<size_t>(n.index - 1) : i;
+        out.push_back(Index(shown, v.size()) + "  " + Pad(n.name, wn) + "  " +
+                      Pad(OrDash(n.mac), 17) + "  " +
+                      Pad(n.mode == kModeDynamic ? "dynamic" : "static", 7) + "  " +
                       Pad(n.up ? "up" : "down", 4) + "  " + Pad(ip(n), wi) + "  " + OrDash(n.mask));
     }
     return out;

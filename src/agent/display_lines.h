@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "agent/sim_state.h"
+#include "agent/commands/requests.h"
 #include "link/state_record.h"
 
 namespace nvagent {

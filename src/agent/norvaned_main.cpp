@@ -12,9 +12,10 @@
 #include <string>
 
 #include "agent/journal.h"
+#include "agent/live/live_backend.h"
 #include "agent/norvaned_options.h"
 #include "agent/server.h"
-#include "agent/sim_backend.h"
+#include "agent/sim/sim_backend.h"
 
 namespace {
 
@@ -82,8 +83,14 @@ bool Daemonize(std::string& err) {
 int Run(const nvagent::NorvanedOptions& opts) {
     sigset_t stopSignals = BlockStopSignals();
     std::string err;
-    std::unique_ptr<nvagent::Backend> backend =
-        nvagent::MakeSimBackend(Absolute(opts.sStatePath), err);
+    std::unique_ptr<nvagent::Backend> backend;
+    if (opts.sBackend == "system") {
+        nvagent::LiveOptions live;
+        live.sDataDir = Absolute(opts.sDataDir);
+        backend = nvagent::MakeLiveBackend(live, err);
+    } else {
+        backend = nvagent::MakeSimBackend(Absolute(opts.sStatePath), err);
+    }
     if (!backend)
         return Fail(err, 1);
     nvagent::Journal journal;

@@ -7,7 +7,7 @@ namespace nvagent {
 
 namespace {
 
-enum OptionId { kSocket = 1, kBackend, kState, kJournal, kForeground, kHelp };
+enum OptionId { kSocket = 1, kBackend, kState, kJournal, kForeground, kHelp, kDataDir };
 
 const option kLongOptions[] = {
     {"socket", required_argument, nullptr, kSocket},
@@ -16,6 +16,7 @@ const option kLongOptions[] = {
     {"journal", required_argument, nullptr, kJournal},
     {"foreground", no_argument, nullptr, kForeground},
     {"help", no_argument, nullptr, kHelp},
+    {"data-dir", required_argument, nullptr, kDataDir},
     {nullptr, 0, nullptr, 0},
 };
 
@@ -49,6 +50,9 @@ bool Apply(int id, NorvanedOptions& opts) {
         case kHelp:
             opts.bHelp = true;
             return true;
+        case kDataDir:
+            opts.sDataDir = optarg;
+            return true;
         default:
             return false;
     }
@@ -78,8 +82,12 @@ bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::str
         err = "--socket needs a non-empty path";
         return false;
     }
-    if (opts.sBackend != "sim") {
-        err = "unknown backend '" + opts.sBackend + "' (available: sim)";
+    if (opts.sBackend != "sim" && opts.sBackend != "system") {
+        err = "unknown backend '" + opts.sBackend + "' (available: sim, system)";
+        return false;
+    }
+    if (opts.sDataDir.empty()) {
+        err = "--data-dir needs a non-empty path";
         return false;
     }
     return true;
@@ -90,9 +98,12 @@ const char* NorvanedUsage() {
            "The norvane agent service: serves the console's check and set requests.\n"
            "\n"
            "  --socket PATH   listen on PATH (default /dev/nvsock)\n"
-           "  --backend NAME  state backend; only 'sim' exists (default sim)\n"
+           "  --backend NAME  'sim' (default): a simulated server kept in --state;\n"
+           "                  'system': read and change the machine itself\n"
            "  --state FILE    load and save the simulated state in FILE\n"
            "                  (default: none, the state lives in memory only)\n"
+           "  --data-dir DIR  where the system backend keeps its own settings\n"
+           "                  (default /etc/norvane)\n"
            "  --journal FILE  append one JSON line per request received to FILE\n"
            "  --foreground    stay attached to the terminal instead of detaching\n"
            "  --help          show this text and exit\n"

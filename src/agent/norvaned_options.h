@@ -9,15 +9,16 @@ namespace nvagent {
 struct NorvanedOptions {
     std::string sSocketPath = "/dev/nvsock";
     std::string sBackend = "sim";
-    std::string sStatePath;    // empty: the state is kept in memory only
-    std::string sJournalPath;  // empty: no journal
+    std::string sStatePath;                 // empty: the state is kept in memory only
+    std::string sDataDir = "/etc/norvane";  // the live backend's own settings
+    std::string sJournalPath;               // empty: no journal
     bool bForeground = false;
     bool bHelp = false;
 };
 
 // Parses argv into opts. Returns false with a message in err for a usage
 // error: an unknown option, a missing value, a stray argument or a backend
-// other than "sim".
+// other than "sim" and "system".
 bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::string& err);
 
 // The --help text.

@@ -239,8 +239,9 @@ TEST(ScreenEditMonitor, EmptyProcessListOpensAnEmptyBarAndIsFilled) {
     s.SendKey(Key::F9);
     ASSERT_TRUE(Eventually(s, [&] {
         return And(InfoShows(s,
-                             "The value is not valid. \"a/b\" is not a process name (UTF-8 "
-                             "text without \"/\", at most 255 bytes)."),
+                             "The value is not valid. \"a/b\" is not a command line (a "
+                             "program name or an absolute path, then its arguments; UTF-8 text "
+                             "of at most 255 bytes)."),
                    PageShows(s, rows, p, 1, LAN_ENGLISH), CursorHidden(s));
     }));
     EXPECT_TRUE(SetThenCheck(c.Journal(), before, 15, "a/b\n", 2));

@@ -195,6 +195,7 @@ public:
         o.iCols = kCols;
         o.sStateJson = stateJson;
         o.iLangCode = lang;
+        o.vsAgentArgs = m_agentArgs;
         std::string err;
         if (!m_run.Start(o, &err))
             return AssertionFailure() << "cannot start: " << err;
@@ -205,6 +206,9 @@ public:
                                       << m_run.ReadConsoleLog();
         return AssertionSuccess();
     }
+
+    // More arguments for the agent (the live backend, say), before Start.
+    void SetAgentArgs(std::vector<std::string> args) { m_agentArgs = std::move(args); }
 
     ScreenSession& S() { return m_run.Screen(); }
 
@@ -240,6 +244,7 @@ public:
 
 private:
     ConsoleRun m_run;
+    std::vector<std::string> m_agentArgs;
     int m_lang = LAN_ENGLISH;
 };
 

@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "agent/sim_engine.h"
-#include "agent/sim_state_json.h"
+#include "agent/sim/sim_engine.h"
+#include "agent/sim/sim_state_json.h"
 #include "link/result_codes.h"
 #include "wire/wire.h"
 

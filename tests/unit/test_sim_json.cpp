@@ -3,7 +3,7 @@
 // that cannot be used (which are left untouched).
 #include <gtest/gtest.h>
 
-#include "agent/sim_backend.h"
+#include "agent/sim/sim_backend.h"
 #include "agent/state_json.h"
 #include "state_samples.h"
 #include "support/sim_test_util.h"

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <vector>
 
-#include "agent/sim_testdata.h"
+#include "agent/sim/sim_testdata.h"
 #include "support/sim_test_util.h"
 
 using nvtest::TestEngine;

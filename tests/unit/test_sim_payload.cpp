@@ -2,7 +2,7 @@
 // paths and host names.
 #include <gtest/gtest.h>
 
-#include "agent/payload_parse.h"
+#include "agent/commands/payload_parse.h"
 
 using namespace nvagent;
 

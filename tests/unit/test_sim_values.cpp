@@ -108,7 +108,7 @@ TEST_F(SimValues, RuleDeleteRemovesTheIndexedRule) {
 }
 
 TEST_F(SimValues, PoliciesAreDigitCharacters) {
-    EXPECT_EQ(Apply7(32, "3").svr.chIptablesInputPolicy, '3');
+    EXPECT_EQ(Apply7(32, "1").svr.chIptablesInputPolicy, '1');
     EXPECT_EQ(Apply7(36, "2").svr.chIptablesOutputPolicy, '2');
 }
 

@@ -1,0 +1,180 @@
+// LiveBackend: each check reads the machine afresh; each set command is
+// parsed by the shared parser and carried out by the domain it belongs to,
+// one change at a time.
+#include "agent/live/live_backend.h"
+
+#include <mutex>
+
+#include "agent/commands/command_parser.h"
+#include "agent/commands/own_settings.h"
+#include "agent/display_lines.h"
+#include "agent/live/live_changes.h"
+#include "agent/live/live_files.h"
+#include "agent/live/live_firewall.h"
+#include "agent/live/live_interfaces.h"
+#include "agent/live/live_kernel.h"
+#include "agent/live/live_listen.h"
+#include "agent/live/live_services.h"
+#include "agent/live/live_settings.h"
+#include "agent/live/live_sysinfo.h"
+#include "agent/state_json.h"
+#include "wire/wire.h"
+
+namespace nvagent {
+
+namespace {
+
+class LiveBackend : public Backend {
+public:
+    LiveBackend(LiveOptions opts, cConf_Inf settings)
+        : m_opts(std::move(opts)), m_settings(std::move(settings)) {}
+
+    void CheckBody(std::string& body) override {
+        cConf_Inf conf = DefaultConf();
+        {
+            std::lock_guard<std::mutex> lock(m_mu);
+            CopySettings(m_settings, conf);
+        }
+        cSvrState svr;
+        ReadMachine(conf, svr);
+        nvwire::Writer w(body);
+        nvwire::EncodeConf(w, conf);
+        nvwire::EncodeSvr(w, svr);
+    }
+
+    CmdResult Apply(short cmd, const std::string& payload) override {
+        Request req;
+        CmdResult r;
+        if (!ParseCommand(cmd, payload, req, r))
+            return r;
+        std::lock_guard<std::mutex> lock(m_mu);
+        if (IsOwnSetting(req))
+            return ApplyOwn(req);
+        return std::visit(Change{*this, cmd}, req);
+    }
+
+private:
+    // The system changes, by kind of request.
+    struct Change {
+        LiveBackend& b;
+        short cmd;
+
+        CmdResult operator()(const FlagRequest& q) {
+            if (q.cmd >= 4 && q.cmd <= 6)
+                return ChangeKernelFlag(q);
+            if (q.cmd >= 40 && q.cmd <= 46)
+                return ChangeFtpFlag(q, b.m_opts.sDataDir);
+            if (q.cmd == 49 || q.cmd == 50)
+                return ChangeSambaFlag(q, b.m_opts.sDataDir);
+            return NotHere();
+        }
+        CmdResult operator()(const KernelRequest& q) { return ChangeKernelLimit(q); }
+        CmdResult operator()(const HostNameRequest& q) { return ChangeHostName(q); }
+        CmdResult operator()(const PasswordRequest& q) { return ChangePassword(q); }
+        CmdResult operator()(const PathRequest& q) {
+            if (q.cmd == 43)
+                return ChangeFtpRoot(q, b.m_opts.sDataDir);
+            return ChangeSambaPath(q, b.m_opts.sDataDir);
+        }
+        CmdResult operator()(const InterfaceRequest& q) { return ChangeInterface(q); }
+        CmdResult operator()(const InterfaceManualRequest& q) { return ChangeInterfaceManual(q); }
+        CmdResult operator()(const DateRequest& q) {
+            return ChangeDate(q, b.m_opts.setClock, time(nullptr));
+        }
+        CmdResult operator()(const TimeRequest& q) {
+            return ChangeTime(q, b.m_opts.setClock, time(nullptr));
+        }
+        CmdResult operator()(const PolicyRequest& q) { return ChangePolicy(q, b.Rules()); }
+        CmdResult operator()(const RuleAddRequest& q) { return AddRule(q, b.Rules()); }
+        CmdResult operator()(const DeleteRequest& q) {
+            return DeleteRule(q.cmd == 34 ? kChainInput : kChainOutput, q.index, b.Rules());
+        }
+        CmdResult operator()(const PlainRequest& q) {
+            if (q.cmd == 35 || q.cmd == 39)
+                return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.Rules());
+            if (q.cmd == 47)
+                return RestoreFtpDefaults(b.m_opts.sDataDir);
+            if (q.cmd == 51)
+                return RestoreSambaDefaults(b.m_opts.sDataDir);
+            return NotHere();
+        }
+        template <class Other>
+        CmdResult operator()(const Other&) {
+            return NotHere();
+        }
+        CmdResult NotHere() const {
+            return {em_ActNotPrepare,
+                    "Command " + std::to_string(cmd) +
+                        " is not carried out by this agent on a live system yet."};
+        }
+    };
+
+    std::string Rules() const { return FirewallRulesFile(m_opts.sDataDir); }
+
+    // The agent's own settings: changed on a copy, saved, then kept.
+    CmdResult ApplyOwn(const Request& req) {
+        cConf_Inf next = m_settings;
+        int total = 0, used = 0, free = 0;
+        std::string meminfo;
+        if (ReadTextFile("/proc/meminfo", meminfo))
+            ParseMeminfo(meminfo, total, used, free);
+        CmdResult r = ApplyOwnSetting(next, total, req);
+        if (r.iCode != em_ActSuccAll)
+            return r;
+        std::string err;
+        if (!SaveSettings(SettingsPath(m_opts.sDataDir), next, err))
+            return Failed("Could not save the agent's settings: " + err + ".");
+        m_settings = std::move(next);
+        return r;
+    }
+
+    static void ReadMachine(cConf_Inf& conf, cSvrState& svr) {
+        ReadKernelSettings(conf);
+        ReadServices(conf);
+        conf.sHostname = CurrentHostName();
+        FormatDateTime(time(nullptr), conf.sNowDate, conf.sNowTime);
+        std::string text;
+        conf.chOSReleaseVersion =
+            ReadTextFile("/etc/os-release", text) || ReadTextFile("/usr/lib/os-release", text)
+                ? OsReleaseFamily(text)
+                : static_cast<char>(emOSUnknown);
+        if (ReadTextFile("/proc/meminfo", text))
+            ParseMeminfo(text, svr.iMemTotal, svr.iMemUse, svr.iMemFree);
+        svr.vDiskInfo = ReadDiskInfo();
+        svr.vsDiskInfoList = DiskInfoLines(svr.vDiskInfo);
+        svr.vTcpListen = ReadListeners();
+        svr.vsTcpListenList = ListenLines(svr.vTcpListen);
+        std::vector<NetInterface> ifs;
+        std::string err;
+        if (ReadInterfaces(ifs, err))
+            svr.vsIfconfigList = InterfaceLines(ifs);
+        ChainView in, out;
+        ReadFirewall(in, out, err);
+        svr.vsIptablesInputList = in.lines;
+        svr.chIptablesInputPolicy = in.policy;
+        svr.vsIptablesOutputList = out.lines;
+        svr.chIptablesOutputPolicy = out.policy;
+    }
+
+    LiveOptions m_opts;
+    std::mutex m_mu;
+    cConf_Inf m_settings;
+};
+
+}  // namespace
+
+std::unique_ptr<Backend> MakeLiveBackend(const LiveOptions& opts, std::string& err) {
+    LiveOptions o = opts;
+    if (!o.setClock)
+        o.setClock = SetSystemClock;
+    if (!EnsureDir(o.sDataDir, err))
+        return nullptr;
+    cConf_Inf settings = DefaultConf();
+    if (!LoadSettings(SettingsPath(o.sDataDir), settings, err))
+        return nullptr;
+    if (o.bRestoreFirewall && !RestoreFirewall(o.sDataDir, err))
+        return nullptr;
+    return std::make_unique<LiveBackend>(o, std::move(settings));
+}
+
+}  // namespace nvagent

@@ -1,0 +1,34 @@
+// The live backend: the check answer read from the machine the agent runs
+// on, and every set command carried out on it. MakeLiveBackend builds one
+// for a data directory.
+#ifndef NV_AGENT_LIVE_LIVE_BACKEND_H
+#define NV_AGENT_LIVE_LIVE_BACKEND_H
+
+#include <ctime>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "agent/backend.h"
+
+namespace nvagent {
+
+struct LiveOptions {
+    // Where the agent keeps its own settings (settings.json).
+    std::string sDataDir = "/etc/norvane";
+    // The one function that sets the system clock (null: the system's);
+    // tests replace it, since the clock cannot be isolated.
+    std::function<bool(time_t when, std::string& err)> setClock;
+    // Restore the data directory's firewall rules at start (when the agent,
+    // not a persistence package, keeps them).
+    bool bRestoreFirewall = true;
+};
+
+// Creates the data directory when missing, loads the agent's settings from
+// it and restores the firewall rules kept there; null with err when the
+// settings file exists but cannot be read, or the rules are refused.
+std::unique_ptr<Backend> MakeLiveBackend(const LiveOptions& opts, std::string& err);
+
+}  // namespace nvagent
+
+#endif

@@ -1,0 +1,64 @@
+// The live backend's changes, one function per kind of request, grouped by
+// the file (the domain) that defines them. Each validates against the
+// machine's current state, makes the change all or nothing and answers as
+// the simulator does for the same situation.
+#ifndef NV_AGENT_LIVE_LIVE_CHANGES_H
+#define NV_AGENT_LIVE_LIVE_CHANGES_H
+
+#include <ctime>
+#include <functional>
+#include <string>
+
+#include "agent/commands/requests.h"
+
+namespace nvagent {
+
+// live_kernel.cpp: /proc/sys and the agent's file under /etc/sysctl.d.
+CmdResult ChangeKernelFlag(const FlagRequest& q);
+CmdResult ChangeKernelLimit(const KernelRequest& q);
+// Where the kernel settings are persisted.
+extern const char* const kSysctlFile;
+
+// live_hostname.cpp: the running name, /etc/hostname and /etc/hosts.
+CmdResult ChangeHostName(const HostNameRequest& q);
+
+// live_firewall_change.cpp: iptables-restore batches; rules kept in
+// rulesFile (the distribution's place or the data directory).
+CmdResult ChangePolicy(const PolicyRequest& q, const std::string& rulesFile);
+CmdResult AddRule(const RuleAddRequest& q, const std::string& rulesFile);
+CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string& rulesFile);
+CmdResult ClearRules(FwChain chain, const std::string& rulesFile);
+// The file the rules persist in: the persistence package's file when that
+// package is installed, else firewall.rules in the data directory.
+std::string FirewallRulesFile(const std::string& dataDir, bool* distribution = nullptr);
+// Loads the data directory's rules file at start-up (when the agent keeps
+// the rules itself); false with err when iptables-restore refuses it.
+bool RestoreFirewall(const std::string& dataDir, std::string& err);
+
+// live_interfaces_change.cpp: the owning network manager's configuration.
+CmdResult ChangeInterface(const InterfaceRequest& q);
+CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q);
+
+// live_ftp_change.cpp: the FTP server's configuration file and service.
+CmdResult ChangeFtpFlag(const FlagRequest& q, const std::string& dataDir);
+CmdResult ChangeFtpRoot(const PathRequest& q, const std::string& dataDir);
+CmdResult RestoreFtpDefaults(const std::string& dataDir);
+
+// live_samba_change.cpp: the agent's share section and Samba's service.
+CmdResult ChangeSambaFlag(const FlagRequest& q, const std::string& dataDir);
+CmdResult ChangeSambaPath(const PathRequest& q, const std::string& dataDir);
+CmdResult RestoreSambaDefaults(const std::string& dataDir);
+
+// live_password.cpp: chpasswd with the secret on standard input.
+CmdResult ChangePassword(const PasswordRequest& q);
+
+// live_clock.cpp: date and time through the one replaceable clock setter.
+using ClockSetter = std::function<bool(time_t when, std::string& err)>;
+// The system's setter (clock_settime of CLOCK_REALTIME).
+bool SetSystemClock(time_t when, std::string& err);
+CmdResult ChangeDate(const DateRequest& q, const ClockSetter& set, time_t now);
+CmdResult ChangeTime(const TimeRequest& q, const ClockSetter& set, time_t now);
+
+}  // namespace nvagent
+
+#endif

@@ -1,0 +1,41 @@
+// Whole-file and first-line reads through a file descriptor, so that /proc
+// files (whose size reads as 0) are read to their end.
+#include "agent/live/live_files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace nvagent {
+
+bool ReadTextFile(const std::string& path, std::string& text) {
+    text.clear();
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    char buf[65536];
+    while (true) {
+        ssize_t n = read(fd, buf, sizeof buf);
+        if (n > 0) {
+            text.append(buf, static_cast<size_t>(n));
+        } else if (n == 0) {
+            break;
+        } else if (errno != EINTR) {
+            close(fd);
+            return false;
+        }
+    }
+    close(fd);
+    return true;
+}
+
+std::string ReadFirstLine(const std::string& path) {
+    std::string text;
+    if (!ReadTextFile(path, text))
+        return std::string();
+    size_t nl = text.find('\n');
+    return nl == std::string::npos ? text : text.substr(0, nl);
+}
+
+}  // namespace nvagent

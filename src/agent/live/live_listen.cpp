@@ -1,0 +1,162 @@
+// sock_diag dump of LISTEN sockets per address family, then one walk over
+// /proc/*/fd mapping socket inodes to their process and its name.
+#include "agent/live/live_listen.h"
+
+#include <arpa/inet.h>
+#include <dirent.h>
+#include <linux/inet_diag.h>
+#include <linux/netlink.h>
+#include <linux/sock_diag.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <unordered_map>
+
+#include "agent/live/live_files.h"
+
+namespace nvagent {
+
+namespace {
+
+struct Listener {
+    std::string addr;  // "0.0.0.0:22" or "[::]:22"
+    int port;
+    unsigned inode;
+};
+
+// One dump request for family; appends what the kernel answers.
+bool DumpFamily(int family, std::vector<Listener>& out) {
+    int fd = socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
+    if (fd < 0)
+        return false;
+    struct {
+        nlmsghdr nlh;
+        inet_diag_req_v2 req;
+    } msg{};
+    msg.nlh.nlmsg_len = sizeof msg;
+    msg.nlh.nlmsg_type = SOCK_DIAG_BY_FAMILY;
+    msg.nlh.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    msg.req.sdiag_family = static_cast<__u8>(family);
+    msg.req.sdiag_protocol = IPPROTO_TCP;
+    msg.req.idiag_states = 1u << TCP_LISTEN;
+    sockaddr_nl nl{};
+    nl.nl_family = AF_NETLINK;
+    if (sendto(fd, &msg, sizeof msg, 0, reinterpret_cast<sockaddr*>(&nl), sizeof nl) < 0) {
+        close(fd);
+        return false;
+    }
+    std::vector<char> buf(1 << 16);
+    bool done = false;
+    bool ok = true;
+    while (!done) {
+        ssize_t n = recv(fd, buf.data(), buf.size(), 0);
+        if (n <= 0) {
+            ok = false;
+            break;
+        }
+        size_t left = static_cast<size_t>(n);
+        for (nlmsghdr* h = reinterpret_cast<nlmsghdr*>(buf.data()); NLMSG_OK(h, left);
+             h = NLMSG_NEXT(h, left)) {
+            if (h->nlmsg_type == NLMSG_DONE) {
+                done = true;
+                break;
+            }
+            if (h->nlmsg_type == NLMSG_ERROR) {
+                done = true;
+                ok = false;
+                break;
+            }
+            const inet_diag_msg* d = static_cast<const inet_diag_msg*>(NLMSG_DATA(h));
+            char ip[INET6_ADDRSTRLEN] = {};
+            inet_ntop(d->idiag_family, d->id.idiag_src, ip, sizeof ip);
+            int port = ntohs(d->id.idiag_sport);
+            std::string a = d->idiag_family == AF_INET6 ? "[" + std::string(ip) + "]" : ip;
+            out.push_back({a + ":" + std::to_string(port), port, d->idiag_inode});
+        }
+    }
+    close(fd);
+    return ok;
+}
+
+struct Owner {
+    int pid;
+    std::string name;
+};
+
+// Socket inode -> owning process, for the inodes asked for only.
+std::unordered_map<unsigned, Owner> Owners(const std::vector<Listener>& ls) {
+    std::unordered_map<unsigned, Owner> owners;
+    for (const Listener& l : ls)
+        owners.emplace(l.inode, Owner{0, ""});
+    size_t found = 0;
+    DIR* proc = opendir("/proc");
+    if (proc == nullptr)
+        return owners;
+    while (dirent* e = readdir(proc)) {
+        if (found == owners.size())
+            break;
+        if (e->d_name[0] < '1' || e->d_name[0] > '9')
+            continue;
+        std::string fdDir = std::string("/proc/") + e->d_name + "/fd";
+        DIR* fds = opendir(fdDir.c_str());
+        if (fds == nullptr)
+            continue;
+        std::string name;
+        while (dirent* f = readdir(fds)) {
+            if (f->d_name[0] == '.')
+                continue;
+            char link[64];
+            ssize_t n = readlinkat(dirfd(fds), f->d_name, link, sizeof link - 1);
+            if (n <= 9 || strncmp(link, "socket:[", 8) != 0)
+                continue;
+            link[n] = '\0';
+            unsigned inode = static_cast<unsigned>(strtoul(link + 8, nullptr, 10));
+            auto it = owners.find(inode);
+            if (it == owners.end() || it->second.pid != 0)
+                continue;
+            if (name.empty())
+                name = ReadFirstLine(std::string("/proc/") + e->d_name + "/comm");
+            it->second = Owner{atoi(e->d_name), name};
+            ++found;
+        }
+        closedir(fds);
+    }
+    closedir(proc);
+    return owners;
+}
+
+void CopyText(char* dst, size_t cap, const std::string& s) {
+    snprintf(dst, cap, "%s", s.c_str());
+}
+
+}  // namespace
+
+std::vector<cTcpListen> ReadListeners() {
+    std::vector<Listener> ls;
+    DumpFamily(AF_INET, ls);
+    DumpFamily(AF_INET6, ls);
+    std::stable_sort(ls.begin(), ls.end(), [](const Listener& a, const Listener& b) {
+        return a.port != b.port ? a.port < b.port : a.addr < b.addr;
+    });
+    std::unordered_map<unsigned, Owner> owners = Owners(ls);
+    std::vector<cTcpListen> out;
+    out.reserve(ls.size());
+    for (const Listener& l : ls) {
+        cTcpListen t{};
+        CopyText(t.szListenAddr, sizeof t.szListenAddr, l.addr);
+        const Owner& o = owners[l.inode];
+        t.iPid = o.pid;
+        CopyText(t.szProgramName, sizeof t.szProgramName, o.name);
+        out.push_back(t);
+    }
+    return out;
+}
+
+}  // namespace nvagent

@@ -1,0 +1,116 @@
+// Samba's commands (48 to 51) on the agent's own share section: the
+// configuration written to a candidate file next to it and checked with
+// Samba's own checker (testparm) before it replaces the real one; a running
+// Samba then reloads it. Samba is started and stopped through the service
+// manager. The first change keeps the file as it was in the data directory
+// (smb.conf.package), which 51 puts back.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "agent/atomic_file.h"
+#include "agent/commands/command_parser.h"
+#include "agent/commands/state_checks.h"
+#include "agent/live/live_changes.h"
+#include "agent/live/live_files.h"
+#include "agent/live/live_services.h"
+#include "agent/live/run_process.h"
+#include "agent/live/samba_config.h"
+#include "agent/live/service_control.h"
+
+namespace nvagent {
+
+namespace {
+
+const char* const kSambaBinary = "/usr/sbin/smbd";
+const char* const kSambaService = "smbd";
+
+bool Installed(CmdResult& r) {
+    struct stat st {};
+    if (stat(kSambaBinary, &st) == 0 && !FindTool("testparm").empty())
+        return true;
+    r = Failed(std::string("Samba is not installed (") + kSambaBinary +
+               " or testparm is missing).");
+    return false;
+}
+
+std::string PackageCopy(const std::string& dataDir) {
+    return dataDir + "/smb.conf.package";
+}
+
+CmdResult Rewrite(const std::string& old, const std::string& next, const std::string& dataDir) {
+    std::string err;
+    struct stat st {};
+    if (stat(PackageCopy(dataDir).c_str(), &st) != 0 &&
+        !WriteFileAtomically(PackageCopy(dataDir), old, err)) {
+        return Failed("Could not keep a copy of the Samba configuration: " + err + ".");
+    }
+    std::string candidate = std::string(kSambaConfigPath) + ".norvane-check";
+    if (!WriteFileAtomically(candidate, next, err))
+        return Failed("Could not write " + candidate + ": " + err + ".");
+    ToolRun check = RunTool({"testparm", "-s", candidate}, "", 30000);
+    unlink(candidate.c_str());
+    if (!check.Ok())
+        return Failed("Samba's checker refused the change: " + check.Why("testparm") + ".");
+    if (!WriteFileAtomically(kSambaConfigPath, next, err))
+        return Failed(std::string("Could not write ") + kSambaConfigPath + ": " + err + ".");
+    if (ProcessRuns(kSambaService) && !ControlService(kSambaService, "reload", err)) {
+        std::string ignored;
+        WriteFileAtomically(kSambaConfigPath, old, ignored);
+        return Failed("Samba did not reload the change (" + err +
+                      "); the old configuration was put back.");
+    }
+    return Done();
+}
+
+}  // namespace
+
+CmdResult ChangeSambaFlag(const FlagRequest& q, const std::string& dataDir) {
+    CmdResult r;
+    if (!Installed(r))
+        return r;
+    std::string text;
+    ReadTextFile(kSambaConfigPath, text);
+    if (q.cmd == 50) {
+        if (ProcessRuns(kSambaService) == q.on)
+            return FlagUnchanged(q.cmd, q.on);
+        std::string err;
+        if (!ControlService(kSambaService, q.on ? "start" : "stop", err))
+            return Failed(std::string("Samba could not be ") + (q.on ? "started: " : "stopped: ") +
+                          err + ".");
+        return Done();
+    }
+    cConf_Inf now;
+    ParseSambaConfig(text, now);
+    if (now.chSambaShareWrite == (q.on ? '1' : '0'))
+        return FlagUnchanged(q.cmd, q.on);
+    return Rewrite(text,
+                   WithShareOption(text, kShareSection, "read only", q.on ? "no" : "yes",
+                                   {"writable", "writeable", "write ok"}),
+                   dataDir);
+}
+
+CmdResult ChangeSambaPath(const PathRequest& q, const std::string& dataDir) {
+    CmdResult r;
+    if (!Installed(r))
+        return r;
+    std::string text;
+    ReadTextFile(kSambaConfigPath, text);
+    cConf_Inf now;
+    ParseSambaConfig(text, now);
+    if (now.sSambaSharePath == q.path)
+        return Unchanged("The Samba share path is already " + q.path + ".");
+    return Rewrite(text, WithShareOption(text, kShareSection, "path", q.path, {}), dataDir);
+}
+
+CmdResult RestoreSambaDefaults(const std::string& dataDir) {
+    CmdResult r;
+    if (!Installed(r))
+        return r;
+    std::string text, original;
+    ReadTextFile(kSambaConfigPath, text);
+    if (!ReadTextFile(PackageCopy(dataDir), original) || original == text)
+        return Unchanged("The Samba options already have their default values.");
+    return Rewrite(text, original, dataDir);
+}
+
+}  // namespace nvagent

@@ -1,0 +1,153 @@
+// Host name, clock, distribution, memory and file systems of the machine.
+#include "agent/live/live_sysinfo.h"
+
+#include <mntent.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <sstream>
+
+namespace nvagent {
+
+std::string CurrentHostName() {
+    char buf[256] = {};
+    if (gethostname(buf, sizeof buf - 1) != 0)
+        return std::string();
+    return buf;
+}
+
+void FormatDateTime(time_t t, std::string& date, std::string& clock) {
+    struct tm tm {};
+    localtime_r(&t, &tm);
+    char d[32];
+    char h[32];
+    strftime(d, sizeof d, "%Y-%m-%d", &tm);
+    strftime(h, sizeof h, "%H:%M:%S", &tm);
+    date = d;
+    clock = h;
+}
+
+char OsReleaseFamily(const std::string& osRelease) {
+    std::string id;
+    std::string like;
+    std::istringstream in(osRelease);
+    std::string line;
+    while (std::getline(in, line)) {
+        std::string* dst = line.rfind("ID=", 0) == 0        ? &id
+                           : line.rfind("ID_LIKE=", 0) == 0 ? &like
+                                                            : nullptr;
+        if (dst == nullptr)
+            continue;
+        std::string v = line.substr(line.find('=') + 1);
+        if (v.size() >= 2 && (v[0] == '"' || v[0] == '\''))
+            v = v.substr(1, v.size() - 2);
+        *dst = v;
+    }
+    if (id.empty())
+        return emOSUnknown;
+    struct Family {
+        const char* word;
+        char code;
+    };
+    static const Family kFamilies[] = {{"ubuntu", emOSUbuntu},
+                                       {"centos", emOSCentos},
+                                       {"fedora", emOSFedora},
+                                       {"suse", emOSSuse},
+                                       {"rhel", emOSRedhat}};
+    for (const Family& f : kFamilies) {
+        if (id.find(f.word) != std::string::npos)
+            return f.code;
+    }
+    return emOSUnknown;
+}
+
+bool ParseMeminfo(const std::string& text, int& totalMb, int& usedMb, int& freeMb) {
+    long long total = -1, avail = -1, free = -1;
+    std::istringstream in(text);
+    std::string key;
+    long long kb = 0;
+    std::string unit;
+    std::string line;
+    while (std::getline(in, line)) {
+        char name[64];
+        if (sscanf(line.c_str(), "%63[^:]: %lld", name, &kb) != 2)
+            continue;
+        if (strcmp(name, "MemTotal") == 0)
+            total = kb;
+        else if (strcmp(name, "MemAvailable") == 0)
+            avail = kb;
+        else if (strcmp(name, "MemFree") == 0)
+            free = kb;
+    }
+    if (total < 0 || free < 0)
+        return false;
+    if (avail < 0)
+        avail = free;
+    totalMb = static_cast<int>(total / 1024);
+    usedMb = static_cast<int>((total - avail) / 1024);
+    freeMb = static_cast<int>(free / 1024);
+    return true;
+}
+
+namespace {
+
+void CopyText(char (&dst)[256], const char* s) {
+    snprintf(dst, sizeof dst, "%s", s);
+}
+
+// Kernel and memory file systems: they hold no disk space of their own.
+bool IsVirtualFs(const char* type) {
+    static const char* const kVirtual[] = {
+        "proc",       "sysfs",     "devpts",  "cgroup",      "cgroup2", "mqueue",
+        "securityfs", "debugfs",   "tracefs", "pstore",      "bpf",     "configfs",
+        "fusectl",    "hugetlbfs", "autofs",  "binfmt_misc", "nsfs",    "rpc_pipefs",
+        "efivarfs",   "selinuxfs", "tmpfs",   "devtmpfs",    "ramfs",   "squashfs"};
+    for (const char* v : kVirtual) {
+        if (strcmp(type, v) == 0)
+            return true;
+    }
+    return false;
+}
+
+int Mb(unsigned long long blocks, unsigned long long size) {
+    return static_cast<int>(blocks * size / (1024ULL * 1024ULL));
+}
+
+}  // namespace
+
+std::vector<cDiskInfo> ReadDiskInfo() {
+    std::vector<cDiskInfo> out;
+    FILE* f = setmntent("/proc/self/mounts", "re");
+    if (f == nullptr)
+        return out;
+    struct mntent ent {};
+    char buf[4096];
+    while (getmntent_r(f, &ent, buf, sizeof buf) != nullptr) {
+        if (IsVirtualFs(ent.mnt_type))
+            continue;
+        struct statvfs vfs {};
+        if (statvfs(ent.mnt_dir, &vfs) != 0 || vfs.f_blocks == 0)
+            continue;
+        cDiskInfo d{};
+        CopyText(d.szPart, ent.mnt_fsname);
+        CopyText(d.szFS, ent.mnt_type);
+        CopyText(d.szMountOn, ent.mnt_dir);
+        d.iSizeTotal = Mb(vfs.f_blocks, vfs.f_frsize);
+        d.iUsed = Mb(vfs.f_blocks - vfs.f_bfree, vfs.f_frsize);
+        d.iAvailable = Mb(vfs.f_bavail, vfs.f_frsize);
+        // A later mount on the same directory hides the earlier one.
+        for (auto it = out.begin(); it != out.end(); ++it) {
+            if (strcmp(it->szMountOn, d.szMountOn) == 0) {
+                out.erase(it);
+                break;
+            }
+        }
+        out.push_back(d);
+    }
+    endmntent(f);
+    return out;
+}
+
+}  // namespace nvagent

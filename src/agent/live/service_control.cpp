@@ -1,0 +1,49 @@
+// Service manager calls and in-place "key=value" editing.
+#include "agent/live/service_control.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <sstream>
+
+#include "agent/live/run_process.h"
+
+namespace nvagent {
+
+namespace {
+
+bool SystemdRuns() {
+    struct stat st {};
+    return stat("/run/systemd/system", &st) == 0;
+}
+
+}  // namespace
+
+bool ControlService(const std::string& unit, const std::string& action, std::string& err) {
+    ToolRun run = SystemdRuns() ? RunTool({"systemctl", action, unit}, "", 60000)
+                                : RunTool({"service", unit, action}, "", 60000);
+    if (run.Ok())
+        return true;
+    err = run.Why(SystemdRuns() ? "systemctl" : "service");
+    return false;
+}
+
+std::string WithConfKey(const std::string& text, const std::string& key, const std::string& value) {
+    std::istringstream in(text);
+    std::string line;
+    std::string out;
+    bool done = false;
+    while (std::getline(in, line)) {
+        if (!done && line.compare(0, key.size() + 1, key + "=") == 0) {
+            out += key + "=" + value + "\n";
+            done = true;
+        } else {
+            out += line + "\n";
+        }
+    }
+    if (!done)
+        out += key + "=" + value + "\n";
+    return out;
+}
+
+}  // namespace nvagent

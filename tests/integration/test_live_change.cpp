@@ -1,0 +1,183 @@
+// The live agent's changes inside the namespace sandbox: kernel settings,
+// host name, firewall and password, each accepted and refused, and read
+// back with the system's own tools (sysctl, hostname, getent, iptables).
+#include <crypt.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+
+#include <fstream>
+
+#include "link/result_codes.h"
+#include "live_sandbox.h"
+#include "temp_dir.h"
+
+using nvtest::Tool;
+
+namespace {
+
+class LiveChange : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!nvtest::InSandbox())
+            GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
+        std::string err;
+        ASSERT_TRUE(agent.Start(&err)) << err;
+    }
+    int Send(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
+    static std::string Sysctl(const std::string& key) {
+        std::string v = Tool({"sysctl", "-n", key});
+        if (!v.empty())
+            v.pop_back();
+        return v;
+    }
+    nvtest::LiveAgent agent;
+    std::string detail;
+};
+
+TEST_F(LiveChange, KernelFlagsAreWrittenReadBackAndPersisted) {
+    Tool({"sysctl", "-w", "net.ipv4.icmp_echo_ignore_all=0"});
+    Tool({"sysctl", "-w", "net.ipv4.tcp_tw_reuse=2"});
+    EXPECT_EQ(Send(4, "1"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Sysctl("net.ipv4.icmp_echo_ignore_all"), "1");
+    EXPECT_EQ(Send(4, "1"), em_ActNeedNoSet);
+    EXPECT_EQ(detail, "Ignoring ICMP echo requests is already on.");
+    // The kernel's loopback-only 2 is neither on nor off: both can be set.
+    EXPECT_EQ(Send(6, "0"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Sysctl("net.ipv4.tcp_tw_reuse"), "0");
+    EXPECT_EQ(Send(5, "   "), em_ActPostCmdBuffFmtError);
+    std::string file = nvtest::ReadFile("/etc/sysctl.d/90-norvane.conf");
+    EXPECT_NE(file.find("net.ipv4.icmp_echo_ignore_all = 1\n"), std::string::npos) << file;
+    EXPECT_NE(file.find("net.ipv4.tcp_tw_reuse = 0\n"), std::string::npos) << file;
+    // The boot's loader takes the file as it is.
+    Tool({"sysctl", "-w", "net.ipv4.icmp_echo_ignore_all=0"});
+    int code = -1;
+    Tool({"sysctl", "-p", "/etc/sysctl.d/90-norvane.conf"}, &code);
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(Sysctl("net.ipv4.icmp_echo_ignore_all"), "1");
+}
+
+TEST_F(LiveChange, KernelLimitsWithTheAgentsAndTheKernelsChecks) {
+    EXPECT_EQ(Send(10, "600"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Sysctl("kernel.threads-max"), "600");
+    EXPECT_EQ(Send(10, "512"), em_ActPostValueNotValid);
+    EXPECT_EQ(Sysctl("kernel.threads-max"), "600");
+    EXPECT_EQ(Send(11, "100000"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Sysctl("fs.file-max"), "100000");
+    EXPECT_EQ(Send(11, "100000"), em_ActNeedNoSet);
+    EXPECT_EQ(Send(7, "67108864"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Sysctl("kernel.shmmax"), "67108864");
+    std::string before = Sysctl("kernel.shmmni");
+    // The kernel's own limit on segments (IPCMNI) refuses this.
+    EXPECT_EQ(Send(9, "400000"), em_ActPostValueNotValid);
+    EXPECT_NE(detail.find("the kernel refused 400000"), std::string::npos) << detail;
+    EXPECT_EQ(Sysctl("kernel.shmmni"), before);
+    std::string file = nvtest::ReadFile("/etc/sysctl.d/90-norvane.conf");
+    EXPECT_NE(file.find("kernel.threads-max = 600\n"), std::string::npos);
+    EXPECT_NE(file.find("kernel.shmmax = 67108864\n"), std::string::npos);
+    EXPECT_EQ(file.find("kernel.shmmni"), std::string::npos);
+    cConf_Inf conf;
+    cSvrState svr;
+    std::string err;
+    ASSERT_TRUE(agent.Check(conf, svr, err)) << err;
+    EXPECT_EQ(conf.ulThreadMax, 600u);
+    EXPECT_EQ(conf.ulFileMax, 100000u);
+}
+
+TEST_F(LiveChange, HostNameEverywhereOrNowhere) {
+    EXPECT_EQ(Send(57, "web-07"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Tool({"hostname"}), "web-07\n");
+    EXPECT_EQ(nvtest::ReadFile("/etc/hostname"), "web-07\n");
+    EXPECT_EQ(Tool({"getent", "hosts", "web-07"}).substr(0, 10), "127.0.1.1 ");
+    EXPECT_EQ(Send(57, "web-07"), em_ActNeedNoSet);
+    EXPECT_EQ(Send(57, "bad_name"), em_ActPostValueNotValid);
+    EXPECT_EQ(Send(57, "a23456789012345678901234567890123"), em_ActPostValueNotValid);
+    EXPECT_EQ(Tool({"hostname"}), "web-07\n");
+    // /etc/hosts cannot be replaced (a mount point): nothing changes.
+    std::string hosts = nvtest::ReadFile("/etc/hosts");
+    ASSERT_EQ(mount("/etc/hosts", "/etc/hosts", nullptr, MS_BIND, nullptr), 0);
+    EXPECT_EQ(Send(57, "web-08"), em_ActFail);
+    EXPECT_NE(detail.find("nothing was changed"), std::string::npos) << detail;
+    umount("/etc/hosts");
+    EXPECT_EQ(Tool({"hostname"}), "web-07\n");
+    EXPECT_EQ(nvtest::ReadFile("/etc/hostname"), "web-07\n");
+    EXPECT_EQ(nvtest::ReadFile("/etc/hosts"), hosts);
+}
+
+TEST_F(LiveChange, FirewallRulesPoliciesAndTheirPersistence) {
+    Tool({"iptables", "-w", "5", "-F", "INPUT"});
+    Tool({"iptables", "-w", "5", "-F", "OUTPUT"});
+    EXPECT_EQ(Send(33, "1 1 - 0 - 22 1"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Send(33, "2 2 10.0.0.0/8 53 - 0 2"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Send(33, "1 1 - 0 192.168.1.20 80 3"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}),
+              "-P INPUT ACCEPT\n"
+              "-A INPUT -d 192.168.1.20/32 -p tcp -m tcp --dport 80 -j REJECT --reject-with "
+              "icmp-port-unreachable\n"
+              "-A INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
+              "-A INPUT -s 10.0.0.0/8 -p udp -m udp --sport 53 -j DROP\n");
+    EXPECT_EQ(Send(34, "9"), em_ActPostValueNotValid);
+    EXPECT_EQ(detail, "There is no entry 9; the list has 3 entries, numbered 1 to 3.");
+    EXPECT_EQ(Send(34, "2"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).find("--dport 22"), std::string::npos);
+    EXPECT_EQ(Send(33, "1 1 300.1.1.1 0 - 22 1"), em_ActPostValueNotValid);
+    EXPECT_EQ(Send(32, "2"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).substr(0, 14), "-P INPUT DROP\n");
+    EXPECT_EQ(Send(32, "2"), em_ActNeedNoSet);
+    EXPECT_EQ(Send(32, "-"), em_ActPostValueNotValid);
+    EXPECT_EQ(Send(37, "1 2 - 0 192.168.1.1 123 1"), em_ActSuccAll) << detail;
+    EXPECT_NE(Tool({"iptables", "-S", "OUTPUT"})
+                  .find("-A OUTPUT -d 192.168.1.1/32 -p udp -m udp --dport 123 -j ACCEPT"),
+              std::string::npos);
+    cConf_Inf conf;
+    cSvrState svr;
+    std::string err;
+    ASSERT_TRUE(agent.Check(conf, svr, err)) << err;
+    ASSERT_EQ(svr.vsIptablesInputList.size(), 2u);
+    EXPECT_EQ(svr.chIptablesInputPolicy, '2');
+    ASSERT_EQ(svr.vsIptablesOutputList.size(), 1u);
+
+    // Kept in the data directory and restored when the agent starts.
+    std::string saved = nvtest::ReadFile(agent.DataDir() + "/firewall.rules");
+    EXPECT_NE(saved.find("-A OUTPUT -d 192.168.1.1/32"), std::string::npos) << saved;
+    ASSERT_EQ(agent.Stop(), 0);
+    Tool({"iptables", "-w", "5", "-F", "INPUT"});
+    Tool({"iptables", "-w", "5", "-F", "OUTPUT"});
+    Tool({"iptables", "-w", "5", "-P", "INPUT", "ACCEPT"});
+    ASSERT_TRUE(agent.Start(&err)) << err;
+    EXPECT_NE(Tool({"iptables", "-S", "OUTPUT"}).find("--dport 123"), std::string::npos);
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).substr(0, 14), "-P INPUT DROP\n");
+
+    EXPECT_EQ(Send(39, ""), em_ActSuccAll) << detail;
+    EXPECT_EQ(Tool({"iptables", "-S", "OUTPUT"}), "-P OUTPUT ACCEPT\n");
+    EXPECT_EQ(Send(39, ""), em_ActNeedNoSet);
+    EXPECT_EQ(Send(38, "1"), em_ActPostValueNotValid);
+    EXPECT_EQ(detail, "The list is empty.");
+    EXPECT_EQ(Send(32, "1"), em_ActSuccAll) << detail;
+}
+
+TEST_F(LiveChange, PasswordThroughTheSystemsTool) {
+    int code = -1;
+    Tool({"useradd", "-M", "-s", "/usr/sbin/nologin", "nvpwuser"}, &code);
+    ASSERT_EQ(code, 0);
+    auto hash = [] {
+        std::string line = Tool({"getent", "shadow", "nvpwuser"});
+        size_t a = line.find(':');
+        return line.substr(a + 1, line.find(':', a + 1) - a - 1);
+    };
+    std::string before = hash();
+    EXPECT_EQ(Send(56, "nvpwuser S3cret:x S3cret:x"), em_ActPostValueNotValid);
+    EXPECT_EQ(Send(56, "nvpwuser S3cret-1 S3cret-1"), em_ActSuccAll) << detail;
+    std::string after = hash();
+    ASSERT_NE(after, before);
+    ASSERT_EQ(after[0], '$');
+    struct crypt_data cd {};
+    const char* check = crypt_r("S3cret-1", after.c_str(), &cd);
+    ASSERT_NE(check, nullptr);
+    EXPECT_EQ(std::string(check), after);
+    EXPECT_EQ(Send(56, "nvpwuser a b"), em_ActPostValueNotValid);
+    EXPECT_EQ(Send(56, "nosuchuser a a"), em_ActPostValueNotValid);
+    EXPECT_EQ(detail, "There is no user named nosuchuser.");
+    EXPECT_EQ(hash(), after);
+}
+
+}  // namespace

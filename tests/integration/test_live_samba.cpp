@@ -1,0 +1,95 @@
+// The live agent's Samba commands inside the namespace sandbox: the
+// agent's share section written, checked by testparm, reloaded into a
+// running Samba; Samba started and stopped; the package's file restored.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "link/result_codes.h"
+#include "live_sandbox.h"
+#include "temp_dir.h"
+
+using nvtest::Tool;
+
+namespace {
+
+const char* const kConf = "/etc/samba/smb.conf";
+
+class LiveSamba : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!nvtest::InSandbox())
+            GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
+        struct stat st {};
+        if (stat("/usr/sbin/smbd", &st) != 0)
+            GTEST_SKIP() << "the Samba package is not installed";
+        std::string err;
+        ASSERT_TRUE(agent.Start(&err)) << err;
+    }
+    int Send(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
+    static bool Runs() {
+        int code = -1;
+        Tool({"pgrep", "-x", "smbd"}, &code);
+        return code == 0;
+    }
+    // The share as Samba's own checker reads the configuration.
+    static std::string Share() {
+        std::string all = Tool({"testparm", "-s", "--section-name=norvane"});
+        return all;
+    }
+    nvtest::LiveAgent agent;
+    std::string detail;
+};
+
+TEST_F(LiveSamba, ShareWrittenCheckedAndServed) {
+    std::string original = nvtest::ReadFile(kConf);
+    Tool({"mkdir", "-p", "/srv/nvshare"});
+    EXPECT_EQ(Send(48, "/srv/nvshare"), em_ActSuccAll) << detail;
+    EXPECT_NE(Share().find("path = /srv/nvshare"), std::string::npos) << Share();
+    EXPECT_EQ(Send(48, "/srv/nvshare"), em_ActNeedNoSet);
+    EXPECT_EQ(Send(49, "1"), em_ActSuccAll) << detail;
+    EXPECT_NE(Share().find("read only = No"), std::string::npos) << Share();
+    EXPECT_EQ(Send(49, "1"), em_ActNeedNoSet);
+    // The rest of the file is as it was.
+    std::string now = nvtest::ReadFile(kConf);
+    EXPECT_EQ(now.compare(0, original.size(), original), 0);
+
+    EXPECT_EQ(Send(50, "1"), em_ActSuccAll) << detail;
+    for (int i = 0; i < 100 && !Runs(); ++i)
+        usleep(20000);
+    EXPECT_TRUE(Runs());
+    cConf_Inf conf;
+    cSvrState svr;
+    std::string err;
+    ASSERT_TRUE(agent.Check(conf, svr, err)) << err;
+    EXPECT_EQ(conf.sSambaSharePath, "/srv/nvshare");
+    EXPECT_EQ(conf.chSambaShareWrite, '1');
+    EXPECT_EQ(conf.chSambaRunFlag, '1');
+    EXPECT_EQ(Send(49, "0"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Send(50, "0"), em_ActSuccAll) << detail;
+    for (int i = 0; i < 100 && Runs(); ++i)
+        usleep(20000);
+    EXPECT_FALSE(Runs());
+
+    EXPECT_EQ(Send(51, ""), em_ActSuccAll) << detail;
+    EXPECT_EQ(nvtest::ReadFile(kConf), original);
+    EXPECT_EQ(Send(51, ""), em_ActNeedNoSet);
+}
+
+TEST_F(LiveSamba, AConfigurationTheCheckerRefusesIsNeverWritten) {
+    std::string before = nvtest::ReadFile(kConf);
+    ASSERT_TRUE(nvtest::WriteFile(kConf, before + "\n[broken\n"));
+    std::string broken = nvtest::ReadFile(kConf);
+    int code = 0;
+    Tool({"testparm", "-s", kConf}, &code);
+    if (code == 0) {
+        ASSERT_TRUE(nvtest::WriteFile(kConf, before));
+        GTEST_SKIP() << "testparm accepts the broken section here";
+    }
+    EXPECT_EQ(Send(48, "/srv/other"), em_ActFail);
+    EXPECT_NE(detail.find("testparm"), std::string::npos) << detail;
+    EXPECT_EQ(nvtest::ReadFile(kConf), broken);
+    ASSERT_TRUE(nvtest::WriteFile(kConf, before));
+}
+
+}  // namespace

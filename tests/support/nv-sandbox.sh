@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# A throwaway sandbox for the live agent: new network, UTS, IPC, mount and
+# PID namespaces (never a user namespace), a private copy of /etc over /etc,
+# files over the two global sysctls (kernel.threads-max, fs.file-max), a
+# fresh sysfs, loopback up, a veth pair nv0/nvpeer0 whose peer sits in a
+# second network namespace "peer" (reach it with nv-sandbox-peer CMD...),
+# and the namespace's own empty firewall. The command runs inside with
+# NV_SANDBOX=1; when it ends every process, mount and namespace of the
+# sandbox goes with it and the private copies are removed.
+#
+# Usage: nv-sandbox.sh [--dhcp] -- COMMAND [ARG]...
+#   --dhcp   run dnsmasq in the peer namespace, serving 10.77.0.100-150 on
+#            nvpeer0 (10.77.0.1/24)
+# Needs root. Exit status: the command's; 77 when namespaces are not
+# available (the test harness reports a skip).
+set -euo pipefail
+
+if [ "${1:-}" = "--inside" ]; then
+  shift
+  work="$1"; shift
+  dhcp="$1"; shift
+  mount --make-rprivate /
+  # A null device of our own, whatever happens to the machine's meanwhile.
+  mount --bind "$work/null" /dev/null
+  mount --bind "$work/etc" /etc
+  mount --bind "$work/threads-max" /proc/sys/kernel/threads-max
+  mount --bind "$work/file-max" /proc/sys/fs/file-max
+  mount -t sysfs sysfs /sys
+  mount -t tmpfs -o mode=0755 tmpfs /run
+  mkdir -p /run/netns /run/lock /run/network
+  # What the services write under /var (DHCP leases, Samba's databases,
+  # logs) stays inside the sandbox.
+  for d in /var/lib/dhcp /var/lib/samba /var/cache/samba /var/log; do
+    if [ -d "$d" ]; then mount -t tmpfs -o mode=0755 tmpfs "$d"; fi
+  done
+  mkdir -p /var/lib/samba/private /var/log/samba
+  hostname nv-sandbox
+  ip link set lo up
+  # The peer namespace holds the far end of the veth pair (and DHCP).
+  touch /run/netns/peer
+  unshare --net=/run/netns/peer true
+  ip link add nv0 type veth peer name nvpeer0
+  ip link set nvpeer0 netns peer
+  ip -n peer link set lo up
+  ip -n peer addr add 10.77.0.1/24 dev nvpeer0
+  ip -n peer link set nvpeer0 up
+  ip link set nv0 up
+  if [ "$dhcp" = 1 ]; then
+    ip netns exec peer dnsmasq --keep-in-foreground --no-resolv --no-hosts \
+      --conf-file=/dev/null --interface=nvpeer0 --bind-interfaces --except-interface=lo \
+      --dhcp-range=10.77.0.100,10.77.0.150,255.255.255.0,2m --dhcp-leasefile=/run/nv-leases \
+      --pid-file= --log-facility=/run/dnsmasq.log &
+  fi
+  export NV_SANDBOX=1
+  "$@"
+  exit $?
+fi
+
+dhcp=0
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --dhcp) dhcp=1; shift ;;
+    --) shift; break ;;
+    *) break ;;
+  esac
+done
+[ $# -gt 0 ] || { echo "usage: nv-sandbox.sh [--dhcp] -- COMMAND [ARG]..." >&2; exit 2; }
+if [ "$(id -u)" -ne 0 ]; then
+  echo "nv-sandbox: needs root" >&2
+  exit 77
+fi
+if ! unshare --net --uts --ipc --mount --pid --fork true 2>/dev/null; then
+  echo "nv-sandbox: namespaces are not available here" >&2
+  exit 77
+fi
+
+work="$(mktemp -d /tmp/nv-sandbox.XXXXXX)"
+trap 'rm -rf "$work"' EXIT
+cp -a /etc "$work/etc"
+mknod -m 666 "$work/null" c 1 3
+cat /proc/sys/kernel/threads-max > "$work/threads-max"
+cat /proc/sys/fs/file-max > "$work/file-max"
+set +e
+unshare --net --uts --ipc --mount --pid --fork --mount-proc \
+  bash "$(readlink -f "$0")" --inside "$work" "$dhcp" "$@"
+status=$?
+set -e
+exit $status

@@ -1,0 +1,47 @@
+// norvaned's backend and data-directory options.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "agent/norvaned_options.h"
+
+namespace {
+
+bool Parse(std::vector<std::string> args, nvagent::NorvanedOptions& o, std::string& err) {
+    args.insert(args.begin(), "norvaned");
+    std::vector<char*> argv;
+    for (std::string& a : args)
+        argv.push_back(&a[0]);
+    argv.push_back(nullptr);
+    return nvagent::ParseNorvanedOptions(static_cast<int>(args.size()), argv.data(), o, err);
+}
+
+TEST(NorvanedOptions, SystemBackendAndDataDirectory) {
+    nvagent::NorvanedOptions o;
+    std::string err;
+    ASSERT_TRUE(Parse({"--backend", "system"}, o, err)) << err;
+    EXPECT_EQ(o.sBackend, "system");
+    EXPECT_EQ(o.sDataDir, "/etc/norvane");
+    nvagent::NorvanedOptions d;
+    ASSERT_TRUE(Parse({"--backend", "system", "--data-dir", "/srv/nv"}, d, err)) << err;
+    EXPECT_EQ(d.sDataDir, "/srv/nv");
+    nvagent::NorvanedOptions s;
+    ASSERT_TRUE(Parse({}, s, err));
+    EXPECT_EQ(s.sBackend, "sim");
+}
+
+TEST(NorvanedOptions, BadValuesAreUsageErrors) {
+    nvagent::NorvanedOptions o;
+    std::string err;
+    EXPECT_FALSE(Parse({"--backend", "live"}, o, err));
+    EXPECT_EQ(err, "unknown backend 'live' (available: sim, system)");
+    nvagent::NorvanedOptions e;
+    EXPECT_FALSE(Parse({"--data-dir", ""}, e, err));
+    EXPECT_EQ(err, "--data-dir needs a non-empty path");
+    nvagent::NorvanedOptions m;
+    EXPECT_FALSE(Parse({"--data-dir"}, m, err));
+    EXPECT_NE(err.find("needs a value"), std::string::npos);
+    EXPECT_NE(std::string(nvagent::NorvanedUsage()).find("--data-dir DIR"), std::string::npos);
+}
+
+}  // namespace
