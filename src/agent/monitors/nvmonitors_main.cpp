@@ -1,0 +1,80 @@
+// nvmonitors: runs the agent's monitors alone from a JSON settings file
+// (settings_json.h), for end-to-end tests and trials by hand.
+//
+//   nvmonitors --settings FILE
+//
+// SIGHUP reads the file again and applies it; SIGTERM or SIGINT stops the
+// monitors and exits 0. Monitored processes it started keep running.
+#include <signal.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "agent/monitors/monitor_supervisor.h"
+#include "agent/monitors/settings_json.h"
+
+namespace {
+
+bool Load(const std::string& path, nvmonit::MonitorSettings& s) {
+    std::ifstream in(path);
+    if (!in) {
+        fprintf(stderr, "nvmonitors: cannot read %s\n", path.c_str());
+        return false;
+    }
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    std::string err;
+    if (!nvmonit::SettingsFromJson(ss.str(), s, err)) {
+        fprintf(stderr, "nvmonitors: %s: %s\n", path.c_str(), err.c_str());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string path;
+    for (int i = 1; i < argc; ++i) {
+        if (strcmp(argv[i], "--settings") == 0 && i + 1 < argc) {
+            path = argv[++i];
+        } else {
+            fprintf(stderr, "usage: nvmonitors --settings FILE\n");
+            return 2;
+        }
+    }
+    if (path.empty()) {
+        fprintf(stderr, "usage: nvmonitors --settings FILE\n");
+        return 2;
+    }
+    // The signals are taken with sigwait, so they are blocked in every thread
+    // the monitors start.
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGHUP);
+    sigaddset(&set, SIGTERM);
+    sigaddset(&set, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+
+    nvmonit::MonitorSettings s;
+    if (!Load(path, s))
+        return 1;
+    nvmonit::MonitorSupervisor monitors;
+    monitors.Apply(s);
+    for (;;) {
+        int sig = 0;
+        if (sigwait(&set, &sig) != 0)
+            continue;
+        if (sig == SIGHUP) {
+            if (Load(path, s))
+                monitors.Apply(s);
+            continue;
+        }
+        break;
+    }
+    monitors.StopAll();
+    return 0;
+}

@@ -1,0 +1,117 @@
+// Report reading, waiting and child clean-up for the monitor tests.
+#include "monitor_test_util.h"
+
+#include <dirent.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+namespace nvtest {
+
+std::vector<std::string> ReportLines(const std::string& path) {
+    static const std::regex stamp(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d (.*)$)");
+    std::ifstream in(path);
+    std::vector<std::string> out;
+    std::string line;
+    while (std::getline(in, line)) {
+        std::smatch m;
+        if (std::regex_match(line, m, stamp))
+            out.push_back(m[1]);
+        else
+            out.push_back("BAD: " + line);
+    }
+    return out;
+}
+
+int CountLines(const std::string& path, const std::string& text) {
+    int n = 0;
+    for (const std::string& l : ReportLines(path)) {
+        if (l.find(text) != std::string::npos)
+            ++n;
+    }
+    return n;
+}
+
+bool WaitUntil(const std::function<bool()>& pred, int timeoutMs) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    for (;;) {
+        if (pred())
+            return true;
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
+
+bool WaitForLines(const std::string& path, const std::string& text, int n, int timeoutMs) {
+    return WaitUntil([&] { return CountLines(path, text) >= n; }, timeoutMs);
+}
+
+pid_t PidInLine(const std::string& path, const std::string& text) {
+    pid_t pid = 0;
+    for (const std::string& l : ReportLines(path)) {
+        size_t at = l.find("(pid ");
+        if (l.find(text) != std::string::npos && at != std::string::npos)
+            pid = static_cast<pid_t>(std::stol(l.substr(at + 5)));
+    }
+    return pid;
+}
+
+std::string CommandLineOf(pid_t pid) {
+    std::ifstream in("/proc/" + std::to_string(pid) + "/cmdline", std::ios::binary);
+    std::string raw((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    for (char& c : raw) {
+        if (c == '\0')
+            c = ' ';
+    }
+    while (!raw.empty() && raw.back() == ' ')
+        raw.pop_back();
+    return raw;
+}
+
+void KillChildrenMatching(const std::string& text) {
+    DIR* d = opendir("/proc");
+    if (d == nullptr)
+        return;
+    std::vector<pid_t> victims;
+    while (struct dirent* e = readdir(d)) {
+        pid_t pid = static_cast<pid_t>(atoi(e->d_name));
+        if (pid <= 0)
+            continue;
+        std::ifstream st("/proc/" + std::to_string(pid) + "/stat");
+        std::string all((std::istreambuf_iterator<char>(st)), std::istreambuf_iterator<char>());
+        size_t close = all.rfind(')');
+        if (close == std::string::npos)
+            continue;
+        std::istringstream rest(all.substr(close + 2));
+        std::string state;
+        pid_t ppid = 0;
+        rest >> state >> ppid;
+        if (ppid == getpid() && CommandLineOf(pid).find(text) != std::string::npos)
+            victims.push_back(pid);
+    }
+    closedir(d);
+    for (pid_t pid : victims) {
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+    }
+}
+
+pid_t StartBurner() {
+    pid_t pid = fork();
+    if (pid == 0) {
+        volatile unsigned long n = 0;
+        for (;;)
+            n = n + 1;
+    }
+    return pid;
+}
+
+}  // namespace nvtest
