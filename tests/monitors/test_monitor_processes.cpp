@@ -126,6 +126,22 @@ TEST_F(ProcessMonitorTest, ProgramThatCannotBeFoundIsReportedAndBackedOff) {
     EXPECT_EQ(CountLines(m_report, "cannot start: no-such"), 1);
 }
 
+TEST_F(ProcessMonitorTest, SwitchedOffLeavesTheProcessRunningAndStopsReports) {
+    m_sup.Apply(m_s);
+    ASSERT_TRUE(WaitForLines(m_report, "started: " + m_cmd + " (pid ", 1, 5000));
+    pid_t pid = PidInLine(m_report, "started: " + m_cmd);
+    m_s.bProcessOn = false;
+    m_sup.Apply(m_s);
+    EXPECT_FALSE(m_sup.Running().bProcess);
+    EXPECT_NE(nvtest::CommandLineOf(pid), "");
+    size_t lines = nvtest::ReportLines(m_report).size();
+    ASSERT_EQ(kill(pid, SIGTERM), 0);
+    // Reaped by the agent, not left a zombie; neither reported nor restarted.
+    std::string proc = "/proc/" + std::to_string(pid);
+    EXPECT_TRUE(nvtest::WaitUntil([&] { return access(proc.c_str(), F_OK) != 0; }, 3000));
+    EXPECT_EQ(nvtest::ReportLines(m_report).size(), lines);
+}
+
 TEST(ProcessBackoff, NoMoreThanTenStartsInTheFirstTenSecondsAndFewerAfter) {
     // The start times of a command that dies at once, as the monitor plans
     // them: each wait counts from the previous start.

@@ -8,6 +8,7 @@
 
 #include "agent/monitors/process_launch.h"
 #include "agent/monitors/process_table.h"
+#include "agent/monitors/stray_reaper.h"
 
 namespace nvmonit {
 
@@ -52,6 +53,10 @@ ProcessMonitor::ProcessMonitor(const MonitorSettings& s)
 
 ProcessMonitor::~ProcessMonitor() {
     Stop();
+    for (auto& kv : m_entries) {
+        if (kv.second.bOwnChild)
+            ReapWhenDone(kv.second.pid);
+    }
 }
 
 void ProcessMonitor::Tick(const MonitorSettings& s, bool changed) {
@@ -68,11 +73,11 @@ void ProcessMonitor::Tick(const MonitorSettings& s, bool changed) {
                 next[c].vWords = words;
             }
         }
-        // Children of removed entries keep running; reap them when they end
-        // so that no zombie stays behind.
+        // Children of removed entries keep running; they are reaped when
+        // they end so that no zombie stays behind.
         for (auto& kv : m_entries) {
             if (next.count(kv.first) == 0 && kv.second.bOwnChild)
-                waitpid(kv.second.pid, nullptr, WNOHANG);
+                ReapWhenDone(kv.second.pid);
         }
         m_entries.swap(next);
     }
