@@ -115,6 +115,45 @@ TEST(MonitorProgram, RestartResumesTheMonitorsAndHangupAppliesChanges) {
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
+TEST(MonitorProgram, IntervalOptionOverridesTheFile) {
+    nvtest::TempDir dir;
+    std::string f = dir.File("app.log");
+    ASSERT_TRUE(nvtest::WriteFile(f, std::string(4096, 'x')));
+    // The file's interval would be an hour: only the option makes the
+    // backup come at once.
+    ASSERT_TRUE(nvtest::WriteFile(
+        dir.File("s.json"), "{\"dataDir\": \"" + dir.Path() +
+                                "\", \"intervalMs\": 3600000, \"backupOn\": true, "
+                                "\"backups\": [{\"file\": \"" +
+                                f + "\", \"dir\": \"" + dir.File("bak") + "\", \"limitKb\": 1}]}"));
+    // The first sample comes at start; write again after it so that only a
+    // short interval can catch the second.
+    pid_t prog = fork();
+    if (prog == 0) {
+        execl(NV_BIN_DIR "/nvmonitors", "nvmonitors", "--settings", dir.File("s.json").c_str(),
+              "--monitor-interval-ms", "50", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    std::string report = dir.File("monit/backupmonit.txt");
+    bool first = WaitForLines(report, " and emptied", 1, 5000);
+    ASSERT_TRUE(nvtest::WriteFile(f, std::string(4096, 'y')));
+    bool second = WaitForLines(report, " and emptied", 2, 5000);
+    int status = StopProgram(prog);
+    EXPECT_TRUE(first);
+    EXPECT_TRUE(second);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    for (const char* bad : {"0", "-5", "12x"}) {
+        pid_t p = fork();
+        if (p == 0) {
+            execl(NV_BIN_DIR "/nvmonitors", "nvmonitors", "--settings", dir.File("s.json").c_str(),
+                  "--monitor-interval-ms", bad, static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        ASSERT_EQ(waitpid(p, &status, 0), p);
+        EXPECT_EQ(WEXITSTATUS(status), 2) << bad;
+    }
+}
+
 TEST(MonitorProgram, BadSettingsFileIsRefused) {
     nvtest::TempDir dir;
     ASSERT_TRUE(nvtest::WriteFile(dir.File("s.json"), "{not json"));

@@ -42,6 +42,10 @@ TEST(CpuMonitorLive, BurnersCrossTheCeilingOnceAndGiveOneLine) {
     nvmonit::MonitorSupervisor sup;
     sup.Apply(s);
     bool crossed = WaitForLines(report, "is above the ceiling 90%", 1, 10000);
+    // Settings of other monitors change meanwhile: not a new excursion.
+    s.llMemCeilMb = 1;
+    s.vFiles = {dir.File("x")};
+    sup.Apply(s);
     // Ten more samples with every CPU busy: still the same excursion.
     std::this_thread::sleep_for(std::chrono::milliseconds(2000));
     sup.StopAll();

@@ -47,10 +47,12 @@ CpuMonitor::~CpuMonitor() {
 }
 
 void CpuMonitor::Tick(const MonitorSettings& s, bool changed) {
-    if (changed) {
-        // New limits start new excursions.
+    if (changed && (s.iCpuCeilPercent != m_ceil || s.iCpuFloorPercent != m_floor)) {
+        // New limits start new excursions; other settings changes do not.
         m_above.Reset();
         m_below.Reset();
+        m_ceil = s.iCpuCeilPercent;
+        m_floor = s.iCpuFloorPercent;
     }
     CpuTimes now;
     if (!ReadCpuTimes(s.sProcDir, now))

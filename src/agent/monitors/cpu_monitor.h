@@ -36,6 +36,8 @@ private:
     CpuTimes m_prev;
     Excursion m_above;
     Excursion m_below;
+    int m_ceil = -1;
+    int m_floor = -1;
 };
 
 }  // namespace nvmonit

@@ -146,6 +146,8 @@ void FileMonitor::Reconcile(bool report) {
     std::map<std::string, uint32_t> want;
     std::map<std::string, bool> exists;
     for (const std::string& p : m_paths) {
+        if (p.empty() || p[0] != '/')
+            continue;  // the agent accepts absolute paths only
         bool here = Exists(p);
         exists[p] = here;
         if (here) {
@@ -161,11 +163,20 @@ void FileMonitor::Reconcile(bool report) {
         }
     }
     std::map<int, std::string> next;
+    std::set<std::string> failed;
     for (const auto& kv : want) {
         int wd = inotify_add_watch(m_fd, kv.first.c_str(), kv.second);
-        if (wd >= 0)
+        if (wd >= 0) {
             next[wd] = kv.first;
+            continue;
+        }
+        // Out of watches (fs.inotify.max_user_watches) or no access: said
+        // once, tried again at the next change.
+        failed.insert(kv.first);
+        if (m_failed.count(kv.first) == 0)
+            m_report.Write("cannot watch " + kv.first + ": " + strerror(errno));
     }
+    m_failed.swap(failed);
     for (const auto& kv : m_wdPath) {
         if (next.count(kv.first) == 0)
             inotify_rm_watch(m_fd, kv.first);

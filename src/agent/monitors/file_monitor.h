@@ -59,7 +59,8 @@ private:
     std::map<int, std::string> m_wdPath;
     std::map<std::string, bool> m_exists;
     std::map<std::string, std::chrono::steady_clock::time_point> m_burst;
-    std::set<std::string> m_batch;  // "<kind> <path>" reported in this batch
+    std::set<std::string> m_failed;  // directories that could not be watched
+    std::set<std::string> m_batch;   // "<kind> <path>" reported in this batch
 };
 
 }  // namespace nvmonit

@@ -54,8 +54,11 @@ MemoryMonitor::~MemoryMonitor() {
 }
 
 void MemoryMonitor::Tick(const MonitorSettings& s, bool changed) {
-    if (changed)
+    if (changed && s.llMemCeilMb != m_ceil) {
+        // A new ceiling starts a new excursion; other settings changes do not.
         m_above.Reset();
+        m_ceil = s.llMemCeilMb;
+    }
     MemoryFigures m;
     if (!ReadMemory(s.sProcDir, m))
         return;

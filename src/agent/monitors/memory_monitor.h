@@ -29,6 +29,7 @@ protected:
 
 private:
     Excursion m_above;
+    long long m_ceil = -1;
 };
 
 }  // namespace nvmonit
