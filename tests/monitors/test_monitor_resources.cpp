@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <thread>
 
 #include "agent/monitors/memory_monitor.h"
@@ -73,12 +74,12 @@ TEST(MemoryMonitorLive, AllocationAboveACeilingNearTheCurrentUseGivesItsLine) {
     std::string report = dir.File("monit/memorymonit.txt");
     nvmonit::MonitorSupervisor sup;
     sup.Apply(s);
-    // A child takes 1 GB (touched, so that it is really in use) and waits.
+    // A child takes 1.5 GB (touched, so that it is really in use) and waits.
     int ready[2];
     ASSERT_EQ(pipe(ready), 0);
     pid_t hog = fork();
     if (hog == 0) {
-        size_t size = 1024UL * 1024 * 1024;
+        size_t size = 1536UL * 1024 * 1024;
         char* p = static_cast<char*>(malloc(size));
         if (p != nullptr)
             memset(p, 1, size);
@@ -144,18 +145,27 @@ TEST(DiskVolumeMonitorLive, TmpfsFilledAndEmptiedCrossesItsLimits) {
     // The tmpfs is seen only inside the namespace: reach it through the
     // monitor's own root.
     std::string inside = "/proc/" + std::to_string(agent) + "/root" + mnt;
+    // The monitor is stopped while the test writes, so that no sample
+    // catches a file half written.
+    auto paused = [agent](const std::function<void()>& change) {
+        kill(agent, SIGSTOP);
+        change();
+        kill(agent, SIGCONT);
+    };
     bool ok = WaitForLines(report, ": used 0 MB is below the floor 1 MB", 1, 5000);
     if (ok) {
-        WriteMb(inside + "/a", 10);
+        paused([&] { WriteMb(inside + "/a", 10); });
         ok = WaitForLines(report, ": used 10 MB, grew by 10 MB (interval 8 MB)", 1, 5000);
     }
     if (ok) {
-        WriteMb(inside + "/b", 15);
+        paused([&] { WriteMb(inside + "/b", 15); });
         ok = WaitForLines(report, ": used 25 MB is above the ceiling 20 MB", 1, 5000);
     }
     if (ok) {
-        unlink((inside + "/a").c_str());
-        unlink((inside + "/b").c_str());
+        paused([&] {
+            unlink((inside + "/a").c_str());
+            unlink((inside + "/b").c_str());
+        });
         ok = WaitForLines(report, ": used 0 MB is below the floor 1 MB", 2, 5000);
     }
     kill(agent, SIGTERM);
