@@ -4,6 +4,8 @@
 // dies at once.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +14,7 @@
 
 #include "agent/monitors/monitor_supervisor.h"
 #include "agent/monitors/process_monitor.h"
+#include "agent/monitors/process_table.h"
 #include "monitor_test_util.h"
 #include "temp_dir.h"
 
@@ -140,6 +143,77 @@ TEST_F(ProcessMonitorTest, SwitchedOffLeavesTheProcessRunningAndStopsReports) {
     std::string proc = "/proc/" + std::to_string(pid);
     EXPECT_TRUE(nvtest::WaitUntil([&] { return access(proc.c_str(), F_OK) != 0; }, 3000));
     EXPECT_EQ(nvtest::ReportLines(m_report).size(), lines);
+}
+
+// systemd does not run on the test machine; a systemd-run of the test's own
+// on PATH records its arguments and starts the command the way a transient
+// unit would: not as the agent's child.
+class SystemdStartTest : public ProcessMonitorTest {
+protected:
+    void SetUp() override {
+        ProcessMonitorTest::SetUp();
+        ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        m_bin = m_dir.File("bin");
+        mkdir(m_bin.c_str(), 0700);
+        m_oldPath = getenv("PATH");
+        setenv("PATH", (m_bin + ":" + m_oldPath).c_str(), 1);
+        m_s.enSystemd = nvmonit::SystemdUse::kAlways;
+    }
+    void TearDown() override {
+        ProcessMonitorTest::TearDown();
+        setenv("PATH", m_oldPath.c_str(), 1);
+        while (waitpid(-1, nullptr, WNOHANG) > 0) {
+        }
+    }
+    void FakeSystemdRun(int exitCode) {
+        std::string script = m_bin + "/systemd-run";
+        ASSERT_TRUE(nvtest::WriteFile(
+            script, "#!/bin/sh\necho \"$@\" >> " + m_dir.File("args") +
+                        "\nwhile [ \"$1\" != -- ]; do shift; done\nshift\n" +
+                        (exitCode == 0 ? "\"$@\" </dev/null >/dev/null 2>&1 &\n" : "") + "exit " +
+                        std::to_string(exitCode) + "\n"));
+        chmod(script.c_str(), 0700);
+    }
+    std::string m_bin;
+    std::string m_oldPath;
+};
+
+TEST_F(SystemdStartTest, StartedAsATransientUnitThenWatchedByItsCommandLine) {
+    FakeSystemdRun(0);
+    m_sup.Apply(m_s);
+    ASSERT_TRUE(WaitForLines(m_report, "started: " + m_cmd + " (transient systemd unit)", 1, 5000));
+    std::string args = nvtest::ReadFile(m_dir.File("args"));
+    EXPECT_NE(args.find("--collect"), std::string::npos) << args;
+    EXPECT_NE(args.find("-- /"), std::string::npos) << args;
+    // Found by its command line, and watched: killed, it is started again.
+    pid_t pid = 0;
+    ASSERT_TRUE(nvtest::WaitUntil(
+        [&] {
+            for (const nvmonit::ProcInfo& p : nvmonit::ListProcesses("/proc")) {
+                if (nvtest::CommandLineOf(p.pid).find(m_cmd.substr(6)) != std::string::npos)
+                    pid = p.pid;
+            }
+            return pid != 0;
+        },
+        5000));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_EQ(CountLines(m_report, "started: "), 1);
+    kill(pid, SIGKILL);
+    waitpid(pid, nullptr, 0);
+    ASSERT_TRUE(WaitForLines(m_report, "started: " + m_cmd, 2, 5000));
+    EXPECT_EQ(CountLines(m_report, "exited: " + m_cmd + " (pid " + std::to_string(pid) +
+                                       ", status unknown, ran "),
+              1);
+}
+
+TEST_F(SystemdStartTest, FailedSystemdRunIsReportedAndBackedOff) {
+    FakeSystemdRun(3);
+    m_sup.Apply(m_s);
+    ASSERT_TRUE(WaitForLines(
+        m_report, "cannot start: " + m_cmd + " (systemd-run exit status 3; next attempt in 1.0 s)",
+        1, 5000));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_EQ(CountLines(m_report, "cannot start: "), 1);
 }
 
 TEST(ProcessBackoff, NoMoreThanTenStartsInTheFirstTenSecondsAndFewerAfter) {

@@ -233,6 +233,19 @@ TEST(ProcessCommands, SystemdRunVectorStartsATransientUnitWithoutOutput) {
     EXPECT_EQ(std::find(v.begin(), v.end(), "--scope"), v.end());
 }
 
+TEST(ProcessCommands, RunToEndGivesTheExitCodeAndKillsAtTheDeadline) {
+    std::string err;
+    std::string t = nvmonit::ResolveProgram("true", nvmonit::SearchPath());
+    std::string f = nvmonit::ResolveProgram("false", nvmonit::SearchPath());
+    std::string sl = nvmonit::ResolveProgram("sleep", nvmonit::SearchPath());
+    EXPECT_EQ(nvmonit::RunToEnd({t}, 5000, err), 0) << err;
+    EXPECT_EQ(nvmonit::RunToEnd({f}, 5000, err), 1) << err;
+    EXPECT_EQ(nvmonit::RunToEnd({sl, "5"}, 100, err), -1);
+    EXPECT_EQ(err, "timed out");
+    EXPECT_EQ(nvmonit::RunToEnd({"/no/such/program"}, 100, err), -1);
+    EXPECT_EQ(err, "No such file or directory");
+}
+
 TEST(SettingsJson, EveryFieldAndBadInput) {
     nvmonit::MonitorSettings s;
     std::string err;

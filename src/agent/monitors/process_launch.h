@@ -37,8 +37,8 @@ std::vector<std::string> SystemdRunArgv(const std::vector<std::string>& argv);
 // Returns the pid, or -1 with the reason in err.
 pid_t SpawnDetached(const std::vector<std::string>& argv, std::string& err);
 
-// Runs argv to its end (killed after timeoutMs) and returns its exit code,
-// or -1 with the reason in err.
+// Runs argv to its end (killed after timeoutMs) and returns its exit code
+// (0 when it was reaped by someone else), or -1 with the reason in err.
 int RunToEnd(const std::vector<std::string>& argv, int timeoutMs, std::string& err);
 
 }  // namespace nvmonit
