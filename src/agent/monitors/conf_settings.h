@@ -11,6 +11,8 @@
 // VolumeLines(conf.vDV)[i] + VolumeUseText(supervisor.VolumeUses()[i]) and
 // BackupLines(conf.vBakForSize)[i] + BackupSizeText(supervisor.BackupSizes()[i])
 // (the supervisor's lists follow the order of the settings it was given).
+// The memory page's figures (iMemTotal, iMemUse, iMemFree) come from
+// ReadMemory in memory_monitor.h, the same reading the memory monitor uses.
 #ifndef NV_AGENT_MONITORS_CONF_SETTINGS_H
 #define NV_AGENT_MONITORS_CONF_SETTINGS_H
 
