@@ -77,9 +77,10 @@ TEST_F(ProcessMonitorTest, StartsTheCommandDetachedAndRestartsItWhenKilled) {
     pid_t second = PidInLine(m_report, "started: " + m_cmd);
     EXPECT_NE(second, first);
     EXPECT_NE(nvtest::CommandLineOf(second), "");
-    // It keeps running: no more starts.
+    // It keeps running: no more starts, and the one exit said once.
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_EQ(CountLines(m_report, "started: "), 2);
+    EXPECT_EQ(CountLines(m_report, "exited: "), 1);
 }
 
 TEST_F(ProcessMonitorTest, CommandAlreadyRunningIsWatchedNotStartedAgain) {

@@ -90,6 +90,9 @@ void ProcessMonitor::Check(const std::string& command, Entry& e, const std::vect
                            const MonitorSettings& s) {
     Clock::time_point now = Clock::now();
     std::string program = ResolveProgram(e.vWords[0], SearchPath());
+    // The process table was read before the exit was seen: the process that
+    // just ended may still be in it.
+    pid_t gone = e.pid;
     if (e.pid != 0 && e.bOwnChild) {
         int status = 0;
         pid_t r = waitpid(e.pid, &status, WNOHANG);
@@ -111,14 +114,13 @@ void ProcessMonitor::Check(const std::string& command, Entry& e, const std::vect
     if (e.pid != 0)
         return;
     for (const ProcInfo& p : procs) {
-        if (CommandMatches(p.vArgv, e.vWords, program)) {
+        if (p.pid != gone && CommandMatches(p.vArgv, e.vWords, program)) {
             // Running already (started by someone else, by an earlier agent,
             // or through systemd): watch it.
             e.pid = p.pid;
             e.bOwnChild = false;
-            if (!e.bAwaiting) {
+            if (!e.bAwaiting)
                 e.bStartedHere = false;
-            }
             e.bAwaiting = false;
             return;
         }
