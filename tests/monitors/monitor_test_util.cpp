@@ -101,7 +101,7 @@ void KillChildrenMatching(const std::string& text) {
         std::ifstream st("/proc/" + std::to_string(pid) + "/stat");
         std::string all((std::istreambuf_iterator<char>(st)), std::istreambuf_iterator<char>());
         size_t close = all.rfind(')');
-        if (close == std::string::npos)
+        if (close == std::string::npos || close + 2 > all.size())
             continue;
         std::istringstream rest(all.substr(close + 2));
         std::string state;

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <system_error>
 
 namespace nvmonit {
 
@@ -70,7 +71,15 @@ bool FileMonitor::Start() {
     }
     m_paths = m_pendingPaths;
     Reconcile(false);
-    m_thread = std::thread([this] { Run(); });
+    try {
+        m_thread = std::thread([this] { Run(); });
+    } catch (const std::system_error& e) {
+        m_report.Write(std::string("file monitor cannot start: ") + e.what());
+        close(m_fd);
+        close(m_wakeFd);
+        m_fd = m_wakeFd = -1;
+        return false;
+    }
     return true;
 }
 

@@ -13,7 +13,8 @@ namespace nvmonit {
 namespace {
 
 // Runs m when on: made and started when missing, given the settings when
-// running, stopped and dropped when off.
+// running, stopped and dropped when off. A monitor that cannot start (no
+// thread to be had) is dropped; the next Apply tries again.
 template <class M>
 void Keep(std::unique_ptr<M>& m, bool on, const MonitorSettings& s) {
     if (!on) {
@@ -22,7 +23,8 @@ void Keep(std::unique_ptr<M>& m, bool on, const MonitorSettings& s) {
         m->Configure(s);
     } else {
         m = std::make_unique<M>(s);
-        m->Start();
+        if (!m->Start())
+            m.reset();
     }
 }
 

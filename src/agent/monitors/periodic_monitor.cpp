@@ -2,6 +2,7 @@
 #include "agent/monitors/periodic_monitor.h"
 
 #include <chrono>
+#include <system_error>
 
 namespace nvmonit {
 
@@ -15,9 +16,16 @@ PeriodicMonitor::~PeriodicMonitor() {
     Stop();
 }
 
-void PeriodicMonitor::Start() {
-    if (!m_thread.joinable())
+bool PeriodicMonitor::Start() {
+    if (m_thread.joinable())
+        return true;
+    try {
         m_thread = std::thread([this] { Run(); });
+    } catch (const std::system_error& e) {
+        m_report.Write(std::string("the monitor cannot start: ") + e.what());
+        return false;
+    }
+    return true;
 }
 
 void PeriodicMonitor::Stop() {

@@ -21,8 +21,9 @@ public:
     PeriodicMonitor& operator=(const PeriodicMonitor&) = delete;
 
     // Starts the thread. Derived constructors run first, so the thread never
-    // sees a half-built object.
-    void Start();
+    // sees a half-built object. False (and reported) when no thread can be
+    // made.
+    bool Start();
     // Stops and joins the thread; derived destructors call it first.
     void Stop();
     // New settings, applied at the next tick, which happens at once.

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -47,8 +48,12 @@ void ReapWhenDone(pid_t pid) {
     std::lock_guard<std::mutex> lock(g_mutex);
     g_pids.push_back(pid);
     if (!g_running) {
-        g_running = true;
-        std::thread(Loop).detach();
+        try {
+            std::thread(Loop).detach();
+            g_running = true;
+        } catch (const std::system_error&) {
+            // No thread now: the next hand-over tries again.
+        }
     }
 }
 
