@@ -2,6 +2,7 @@
 #include "monitor_test_util.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,7 +11,6 @@
 #include <chrono>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <thread>
 
@@ -30,6 +30,21 @@ bool HasStamp(const std::string& line) {
             return false;
     }
     return true;
+}
+
+// A /proc file read with read(2); empty when the process is gone (a stream
+// buffer would throw on the ESRCH of a process that ends while read).
+std::string ReadProc(const std::string& path) {
+    std::string out;
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return out;
+    char buf[4096];
+    ssize_t n;
+    while ((n = read(fd, buf, sizeof buf)) > 0)
+        out.append(buf, static_cast<size_t>(n));
+    close(fd);
+    return n < 0 ? std::string() : out;
 }
 
 }  // namespace
@@ -78,8 +93,7 @@ pid_t PidInLine(const std::string& path, const std::string& text) {
 }
 
 std::string CommandLineOf(pid_t pid) {
-    std::ifstream in("/proc/" + std::to_string(pid) + "/cmdline", std::ios::binary);
-    std::string raw((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::string raw = ReadProc("/proc/" + std::to_string(pid) + "/cmdline");
     for (char& c : raw) {
         if (c == '\0')
             c = ' ';
@@ -98,8 +112,7 @@ void KillChildrenMatching(const std::string& text) {
         pid_t pid = static_cast<pid_t>(atoi(e->d_name));
         if (pid <= 0)
             continue;
-        std::ifstream st("/proc/" + std::to_string(pid) + "/stat");
-        std::string all((std::istreambuf_iterator<char>(st)), std::istreambuf_iterator<char>());
+        std::string all = ReadProc("/proc/" + std::to_string(pid) + "/stat");
         size_t close = all.rfind(')');
         if (close == std::string::npos || close + 2 > all.size())
             continue;

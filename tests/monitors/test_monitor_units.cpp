@@ -9,7 +9,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
+#include <thread>
 
 #include "agent/monitors/cpu_monitor.h"
 #include "agent/monitors/excursion.h"
@@ -218,6 +220,32 @@ TEST(ProcessCommands, ProcessTableSeesThisProcess) {
     for (const nvmonit::ProcInfo& p : nvmonit::ListProcesses("/proc"))
         EXPECT_NE(p.pid, z);
     waitpid(z, nullptr, 0);
+}
+
+TEST(ProcessCommands, ProcessTableSurvivesProcessesEndingWhileItIsRead) {
+    // Processes that end while their /proc files are read make the reads
+    // fail with ESRCH; the table must take them as gone.
+    std::atomic<bool> stop{false};
+    std::thread churn([&] {
+        while (!stop) {
+            pid_t p = fork();
+            if (p == 0)
+                _exit(0);
+            if (p > 0)
+                waitpid(p, nullptr, 0);
+        }
+    });
+    bool threw = false;
+    for (int i = 0; i < 500 && !threw; ++i) {
+        try {
+            nvmonit::ListProcesses("/proc");
+        } catch (...) {
+            threw = true;
+        }
+    }
+    stop = true;
+    churn.join();
+    EXPECT_FALSE(threw);
 }
 
 TEST(ProcessCommands, SystemdRunVectorStartsATransientUnitWithoutOutput) {

@@ -2,9 +2,10 @@
 #include "agent/monitors/process_table.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include <fstream>
-#include <iterator>
+#include <cerrno>
 
 namespace nvmonit {
 
@@ -15,9 +16,28 @@ std::string BaseName(const std::string& path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
+// The whole of a small /proc file, with read(2): a process that ends while
+// its file is read makes the read fail with ESRCH, which must read as an
+// empty file, not as an error thrown by a stream buffer.
 std::string ReadWhole(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    std::string out;
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return out;
+    char buf[4096];
+    for (;;) {
+        ssize_t n = read(fd, buf, sizeof buf);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            if (n < 0)
+                out.clear();
+            break;
+        }
+        out.append(buf, static_cast<size_t>(n));
+    }
+    close(fd);
+    return out;
 }
 
 // The state letter of /proc/<pid>/stat (after the parenthesised name, which
