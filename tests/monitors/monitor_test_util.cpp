@@ -103,7 +103,9 @@ std::string CommandLineOf(pid_t pid) {
     return raw;
 }
 
-void KillChildrenMatching(const std::string& text) {
+namespace {
+
+void KillChildrenMatchingOnce(const std::string& text) {
     DIR* d = opendir("/proc");
     if (d == nullptr)
         return;
@@ -128,6 +130,16 @@ void KillChildrenMatching(const std::string& text) {
         kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
     }
+}
+
+}  // namespace
+
+void KillChildrenMatching(const std::string& text) {
+    // A process caught in the middle of its exec shows no command line yet:
+    // look a second time.
+    KillChildrenMatchingOnce(text);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    KillChildrenMatchingOnce(text);
 }
 
 pid_t StartBurner() {

@@ -61,7 +61,12 @@ TEST_F(ProcessMonitorTest, StartsTheCommandDetachedAndRestartsItWhenKilled) {
     pid_t first = PidInLine(m_report, "started: " + m_cmd);
     ASSERT_GT(first, 0);
     // Found in PATH, run without a shell, in a new session, on /dev/null.
-    std::string cmdline = nvtest::CommandLineOf(first);
+    // (Right after the exec the kernel may not have set the new command
+    // line up yet.)
+    std::string cmdline;
+    ASSERT_TRUE(
+        nvtest::WaitUntil([&] { return !(cmdline = nvtest::CommandLineOf(first)).empty(); }, 5000));
+    ASSERT_NE(cmdline.find(' '), std::string::npos) << cmdline;
     EXPECT_EQ(cmdline.substr(cmdline.find(' ')), m_cmd.substr(5));
     EXPECT_EQ(cmdline[0], '/');
     EXPECT_EQ(getsid(first), first);
@@ -76,7 +81,7 @@ TEST_F(ProcessMonitorTest, StartsTheCommandDetachedAndRestartsItWhenKilled) {
               1);
     pid_t second = PidInLine(m_report, "started: " + m_cmd);
     EXPECT_NE(second, first);
-    EXPECT_NE(nvtest::CommandLineOf(second), "");
+    EXPECT_TRUE(nvtest::WaitUntil([&] { return !nvtest::CommandLineOf(second).empty(); }, 5000));
     // It keeps running: no more starts, and the one exit said once.
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_EQ(CountLines(m_report, "started: "), 2);
@@ -137,7 +142,7 @@ TEST_F(ProcessMonitorTest, SwitchedOffLeavesTheProcessRunningAndStopsReports) {
     m_s.bProcessOn = false;
     m_sup.Apply(m_s);
     EXPECT_FALSE(m_sup.Running().bProcess);
-    EXPECT_NE(nvtest::CommandLineOf(pid), "");
+    EXPECT_TRUE(nvtest::WaitUntil([&] { return !nvtest::CommandLineOf(pid).empty(); }, 5000));
     size_t lines = nvtest::ReportLines(m_report).size();
     ASSERT_EQ(kill(pid, SIGTERM), 0);
     // Reaped by the agent, not left a zombie; neither reported nor restarted.

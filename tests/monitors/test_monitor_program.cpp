@@ -79,7 +79,7 @@ TEST(MonitorProgram, RestartResumesTheMonitorsAndHangupAppliesChanges) {
     int status = StopProgram(prog);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     // Not a child that dies with the agent.
-    EXPECT_EQ(nvtest::CommandLineOf(daemon).find(cmd.substr(6)) != std::string::npos, true);
+    EXPECT_NE(nvtest::CommandLineOf(daemon).find(cmd.substr(6)), std::string::npos);
 
     // The same settings again: the file monitor reports again, the process
     // monitor finds its process running and starts no second one.
