@@ -1,0 +1,121 @@
+// Starting, stopping and reconfiguring the six monitors as one.
+#include "agent/monitors/monitor_supervisor.h"
+
+#include "agent/monitors/backup_monitor.h"
+#include "agent/monitors/cpu_monitor.h"
+#include "agent/monitors/disk_volume_monitor.h"
+#include "agent/monitors/file_monitor.h"
+#include "agent/monitors/memory_monitor.h"
+#include "agent/monitors/process_monitor.h"
+
+namespace nvmonit {
+
+namespace {
+
+// Runs m when on: made and started when missing, given the settings when
+// running, stopped and dropped when off. A monitor that cannot start (no
+// thread to be had) is dropped; the next Apply tries again.
+template <class M>
+void Keep(std::unique_ptr<M>& m, bool on, const MonitorSettings& s) {
+    if (!on) {
+        m.reset();
+    } else if (m) {
+        m->Configure(s);
+    } else {
+        m = std::make_unique<M>(s);
+        if (!m->Start())
+            m.reset();
+    }
+}
+
+}  // namespace
+
+MonitorSupervisor::MonitorSupervisor() = default;
+
+MonitorSupervisor::~MonitorSupervisor() {
+    StopAll();
+}
+
+void MonitorSupervisor::Apply(const MonitorSettings& given) {
+    MonitorSettings s = given;
+    SwitchOffEmptyLists(s);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    // A new data directory or report bound means new report files: restart.
+    if (s.sDataDir != m_settings.sDataDir || s.llReportMaxBytes != m_settings.llReportMaxBytes) {
+        m_file.reset();
+        m_process.reset();
+        m_cpu.reset();
+        m_memory.reset();
+        m_volume.reset();
+        m_backup.reset();
+    }
+    m_settings = s;
+    Keep(m_file, s.bFileOn, s);
+    Keep(m_process, s.bProcessOn, s);
+    Keep(m_cpu, s.bCpuOn, s);
+    Keep(m_memory, s.bMemoryOn, s);
+    Keep(m_volume, s.bVolumeOn, s);
+    Keep(m_backup, s.bBackupOn, s);
+}
+
+void MonitorSupervisor::StopAll() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_file.reset();
+    m_process.reset();
+    m_cpu.reset();
+    m_memory.reset();
+    m_volume.reset();
+    m_backup.reset();
+}
+
+RunningMonitors MonitorSupervisor::Running() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    RunningMonitors r;
+    r.bFile = m_file != nullptr;
+    r.bProcess = m_process != nullptr;
+    r.bCpu = m_cpu != nullptr;
+    r.bMemory = m_memory != nullptr;
+    r.bVolume = m_volume != nullptr;
+    r.bBackup = m_backup != nullptr;
+    return r;
+}
+
+std::vector<VolumeUsage> MonitorSupervisor::VolumeUses() const {
+    std::vector<VolumeEntry> v;
+    std::string procDir;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        v = m_settings.vVolumes;
+        procDir = m_settings.sProcDir;
+    }
+    std::vector<VolumeUsage> out;
+    for (const VolumeEntry& e : v)
+        out.push_back(MeasureVolume(e.sPartition, procDir));
+    return out;
+}
+
+std::vector<long long> MonitorSupervisor::BackupSizes() const {
+    std::vector<BackupEntry> v;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        v = m_settings.vBackups;
+    }
+    std::vector<long long> out;
+    for (const BackupEntry& e : v)
+        out.push_back(FileSizeBytes(e.sFile));
+    return out;
+}
+
+std::string VolumeUseText(const VolumeUsage& u) {
+    if (!u.bOk)
+        return " not measurable: " + u.sError;
+    return " used " + std::to_string(u.llUsedMb) + " MB of " + std::to_string(u.llTotalMb) + " MB";
+}
+
+std::string BackupSizeText(long long bytes) {
+    if (bytes < 0)
+        return " missing";
+    return " size " + std::to_string(bytes / 1024) + " KB";
+}
+
+}  // namespace nvmonit

@@ -1,0 +1,69 @@
+// The sampling thread of the periodic monitors.
+#include "agent/monitors/periodic_monitor.h"
+
+#include <chrono>
+#include <system_error>
+
+namespace nvmonit {
+
+PeriodicMonitor::PeriodicMonitor(const MonitorSettings& s, const char* reportName,
+                                 int defaultIntervalMs)
+    : m_report(MonitDir(s) + "/" + reportName, s.llReportMaxBytes),
+      m_defaultIntervalMs(defaultIntervalMs),
+      m_settings(s) {}
+
+PeriodicMonitor::~PeriodicMonitor() {
+    Stop();
+}
+
+bool PeriodicMonitor::Start() {
+    if (m_thread.joinable())
+        return true;
+    try {
+        m_thread = std::thread([this] { Run(); });
+    } catch (const std::system_error& e) {
+        m_report.Write(std::string("the monitor cannot start: ") + e.what());
+        return false;
+    }
+    return true;
+}
+
+void PeriodicMonitor::Stop() {
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_stop = true;
+    }
+    m_wake.notify_all();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void PeriodicMonitor::Configure(const MonitorSettings& s) {
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_settings = s;
+        m_changed = true;
+    }
+    m_wake.notify_all();
+}
+
+int PeriodicMonitor::NextDelayMs(const MonitorSettings& s) {
+    return IntervalMs(s, m_defaultIntervalMs);
+}
+
+void PeriodicMonitor::Run() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (!m_stop) {
+        MonitorSettings s = m_settings;
+        bool changed = m_changed;
+        m_changed = false;
+        lock.unlock();
+        Tick(s, changed);
+        int delay = NextDelayMs(s);
+        lock.lock();
+        m_wake.wait_for(lock, std::chrono::milliseconds(delay),
+                        [this] { return m_stop || m_changed; });
+    }
+}
+
+}  // namespace nvmonit

@@ -1,0 +1,170 @@
+// The backup monitor against a real file that a writer keeps appending to:
+// past its limit it is copied into the backup directory and emptied in
+// place, and every line the writer wrote is either in a backup or still in
+// the file, except those that fall into the documented loss window.
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+#include "agent/monitors/backup_monitor.h"
+#include "agent/monitors/monitor_supervisor.h"
+#include "monitor_test_util.h"
+#include "temp_dir.h"
+
+namespace {
+
+constexpr size_t kLineBytes = 64;
+
+std::vector<std::string> FilesIn(const std::string& dir) {
+    std::vector<std::string> out;
+    DIR* d = opendir(dir.c_str());
+    if (d == nullptr)
+        return out;
+    while (struct dirent* e = readdir(d)) {
+        if (e->d_name[0] != '.')
+            out.push_back(dir + "/" + e->d_name);
+    }
+    closedir(d);
+    return out;
+}
+
+// The numbers of the writer's lines in a file; false when a line is torn.
+bool Numbers(const std::string& text, std::vector<long>& out) {
+    if (text.size() % kLineBytes != 0)
+        return false;
+    for (size_t i = 0; i < text.size(); i += kLineBytes) {
+        if (text[i + kLineBytes - 1] != '\n')
+            return false;
+        out.push_back(std::stol(text.substr(i, 10)));
+    }
+    return true;
+}
+
+TEST(BackupMonitorLive, FilePastItsLimitIsBackedUpAndEmptiedWhileAWriterAppends) {
+    nvtest::TempDir dir;
+    std::string log = dir.File("app.log");
+    std::string bak = dir.File("bak");
+    nvmonit::MonitorSettings s;
+    s.sDataDir = dir.Path();
+    s.bBackupOn = true;
+    s.vBackups = {{log, bak, 64}};
+    s.iIntervalMs = 20;
+
+    // The writer: fixed-size numbered lines, one write each, O_APPEND as
+    // log writers do, with its descriptor kept open throughout.
+    int fd = open(log.c_str(), O_WRONLY | O_APPEND | O_CREAT, 0640);
+    ASSERT_GE(fd, 0);
+    std::atomic<bool> stop{false};
+    std::atomic<long> written{0};
+    std::thread writer([&] {
+        char num[32];
+        for (long n = 0; !stop; ++n) {
+            snprintf(num, sizeof num, "%010ld ", n);
+            std::string line = num + std::string(kLineBytes - 12, '0') + "\n";
+            if (write(fd, line.data(), line.size()) != static_cast<ssize_t>(kLineBytes))
+                break;
+            written = n + 1;
+            if (n % 16 == 0)
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+    });
+    nvmonit::MonitorSupervisor sup;
+    sup.Apply(s);
+    std::string report = dir.File("monit/backupmonit.txt");
+    bool enough = nvtest::WaitForLines(report, " and emptied", 5, 15000);
+    stop = true;
+    writer.join();
+    sup.StopAll();
+    close(fd);
+    ASSERT_TRUE(enough);
+
+    std::vector<std::string> backups = FilesIn(bak);
+    EXPECT_EQ(static_cast<int>(backups.size()), nvtest::CountLines(report, " and emptied"));
+    std::vector<std::vector<long>> parts;
+    for (const std::string& b : backups) {
+        std::vector<long> nums;
+        ASSERT_TRUE(Numbers(nvtest::ReadFile(b), nums)) << b;
+        ASSERT_FALSE(nums.empty());
+        EXPECT_GT(nums.size() * kLineBytes, 64u * 1024) << b;
+        struct stat st {};
+        ASSERT_EQ(stat(b.c_str(), &st), 0);
+        EXPECT_EQ(st.st_mode & 0777, 0640u);
+        parts.push_back(nums);
+    }
+    std::vector<long> rest;
+    ASSERT_TRUE(Numbers(nvtest::ReadFile(log), rest));
+    std::sort(parts.begin(), parts.end());
+    parts.push_back(rest);
+    std::vector<long> all;
+    for (const auto& p : parts)
+        all.insert(all.end(), p.begin(), p.end());
+    // In order, no line twice, and the losses counted.
+    long lost = 0;
+    for (size_t i = 1; i < all.size(); ++i) {
+        ASSERT_GT(all[i], all[i - 1]);
+        lost += all[i] - all[i - 1] - 1;
+    }
+    EXPECT_EQ(all.front(), 0);
+    EXPECT_EQ(all.back(), written - 1);
+    // At most one line per backup can fall into the window between the last
+    // catch-up check and the truncation.
+    EXPECT_LE(lost, static_cast<long>(backups.size()));
+    printf("backups %zu, lines written %ld, lines lost %ld\n", backups.size(), written.load(),
+           lost);
+    // The file was emptied in place: the writer's inode is still the file.
+    EXPECT_LT(nvmonit::FileSizeBytes(log), 2 * 64 * 1024);
+}
+
+TEST(BackupMonitorLive, BackupNamesCarryTheTimeAndNeverOverwrite) {
+    nvtest::TempDir dir;
+    std::string f = dir.File("data.bin");
+    std::vector<std::string> names;
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(nvtest::WriteFile(f, std::string(1000, 'a' + i)));
+        nvmonit::BackupResult r = nvmonit::BackUpAndEmpty(f, dir.File("b/c"));
+        ASSERT_TRUE(r.bDone) << r.sError;
+        EXPECT_EQ(r.llCopiedBytes, 1000);
+        EXPECT_EQ(nvmonit::FileSizeBytes(f), 0);
+        EXPECT_EQ(nvtest::ReadFile(r.sBackupPath), std::string(1000, 'a' + i));
+        names.push_back(r.sBackupPath);
+    }
+    EXPECT_NE(names[0], names[1]);
+    EXPECT_NE(names[1], names[2]);
+    EXPECT_EQ(names[0].rfind(dir.File("b/c/data.bin."), 0), 0u);
+    EXPECT_EQ(nvmonit::BackupSizeText(nvmonit::FileSizeBytes(f)), " size 0 KB");
+    EXPECT_EQ(nvmonit::BackupSizeText(-1), " missing");
+}
+
+TEST(BackupMonitorLive, BackupThatCannotBeWrittenLeavesTheFileAndIsReportedOnce) {
+    nvtest::TempDir dir;
+    std::string f = dir.File("big.log");
+    ASSERT_TRUE(nvtest::WriteFile(f, std::string(3000, 'x')));
+    // The backup directory's place is taken by a file.
+    ASSERT_TRUE(nvtest::WriteFile(dir.File("notadir"), "x"));
+    nvmonit::MonitorSettings s;
+    s.sDataDir = dir.Path();
+    s.bBackupOn = true;
+    s.vBackups = {{f, dir.File("notadir/bak"), 1}};
+    s.iIntervalMs = 20;
+    nvmonit::MonitorSupervisor sup;
+    sup.Apply(s);
+    std::string report = dir.File("monit/backupmonit.txt");
+    ASSERT_TRUE(nvtest::WaitForLines(
+        report, f + ": backup to " + dir.File("notadir/bak") + " failed: cannot create", 1, 5000));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(nvtest::ReportLines(report).size(), 1u);
+    EXPECT_EQ(nvmonit::FileSizeBytes(f), 3000);
+    std::vector<long long> sizes = sup.BackupSizes();
+    ASSERT_EQ(sizes.size(), 1u);
+    EXPECT_EQ(sizes[0], 3000);
+}
+
+}  // namespace
