@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, the tests and the benchmarks need,
-# when missing, and generates the two locales the console uses.
+# Installs the Debian packages the build, the tests, the benchmarks and the
+# package test need, when missing, and generates the two locales the console uses.
 set -euo pipefail
 
 packages=(
   g++ cmake make pkg-config
   libncurses-dev libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format dialog
+  libsystemd-dev
+  debhelper dpkg-dev lintian man-db systemd jq logrotate git
 )
 
 missing=()
