@@ -49,7 +49,11 @@ done
 echo "== build the package =="
 rm -rf "$OUT"
 mkdir -p "$OUT/src"
-git ls-files -z --cached --others --exclude-standard | tar --null -T - -cf - | tar -xf - -C "$OUT/src"
+if git rev-parse --is-inside-work-tree >/dev/null 2>&1; then
+  git ls-files -z --cached --others --exclude-standard | tar --null -T - -cf - | tar -xf - -C "$OUT/src"
+else
+  tar --exclude='./build*' --exclude=./fuzz-out -cf - . | tar -xf - -C "$OUT/src"
+fi
 # The same compiler cache as the normal build, when there is one.
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
 (cd "$OUT/src" && DEB_BUILD_OPTIONS="parallel=$JOBS nocheck" \
@@ -58,7 +62,10 @@ deb=$(ls "$OUT"/nvui_*.deb)
 ok "built $(basename "$deb")"
 
 echo "== lintian =="
-lintian --fail-on error --display-info "$OUT"/nvui_*.changes | tee "$OUT/lintian.log"
+rc=0
+lintian --fail-on error --display-info "$OUT"/nvui_*.changes >"$OUT/lintian.log" 2>&1 || rc=$?
+grep -v 'root privileges' "$OUT/lintian.log" || true
+[ $rc -eq 0 ] || fail "lintian reports errors"
 ok "lintian: no errors ($(grep -c '^W: ' "$OUT/lintian.log" || true) warnings, explained in the README)"
 
 echo "== install =="

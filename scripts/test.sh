@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: the normal build,
-# the same tests under AddressSanitizer and UndefinedBehaviorSanitizer, and
-# each fuzz target for a bounded time.
+# the same tests under AddressSanitizer and UndefinedBehaviorSanitizer, the
+# Debian package installed and purged, and each fuzz target for a bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -22,6 +22,9 @@ run_suite build
 echo "== build and test under ASan+UBSan =="
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   run_suite build-asan -DNV_SANITIZE=ON -DNV_BENCH=OFF
+
+echo "== Debian package: build, lintian, install, check, purge =="
+bash scripts/package-test.sh
 
 echo "== fuzz targets, ${FUZZ_SECONDS}s each =="
 cmake -S . -B build-fuzz -DNV_FUZZ=ON -DNV_BENCH=OFF -DCMAKE_CXX_COMPILER=clang++ \
