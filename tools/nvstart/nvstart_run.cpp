@@ -136,8 +136,17 @@ private:
             return NVSTART_FAILED;
         }
         int status = 0;
-        while (!Reaped(pid, status))
+        long long deadline = NowMs() + ProbeTimeoutMs();
+        while (!Reaped(pid, status)) {
+            if (NowMs() >= deadline) {
+                fprintf(m_err,
+                        "nvstart: 'systemctl start %s' has not finished after %d s; see "
+                        "'systemctl status %s'.\n",
+                        kAgentUnit, m_o.iTimeoutS, kAgentUnit);
+                return NVSTART_FAILED;
+            }
             Pause();
+        }
         if (status != 0) {
             fprintf(m_err,
                     "nvstart: 'systemctl start %s' failed with exit status %d; see "
