@@ -20,6 +20,7 @@ OUT="$SRC/build-deb"
 T="$(mktemp -d /tmp/nvui-pkg.XXXXXX)"
 POLICY=/usr/sbin/policy-rc.d
 made_policy=0
+made_default=0
 agents=()
 
 fail() { echo "package-test: FAILED: $*" >&2; exit 1; }
@@ -33,6 +34,7 @@ cleanup() {
     $SUDO dpkg --purge nvui >/dev/null 2>&1 || true
   fi
   [ $made_policy -eq 1 ] && $SUDO rm -f "$POLICY"
+  [ $made_default -eq 1 ] && $SUDO rm -f /etc/default/norvane /run/norvaned.pid
   rm -rf "$T"
 }
 trap cleanup EXIT
@@ -42,7 +44,7 @@ trap cleanup EXIT
 if dpkg-query -W -f='${Status}' nvui 2>/dev/null | grep -q 'install ok'; then
   fail "nvui is installed on this machine; not replacing it"
 fi
-for f in /etc/norvane /var/log/nvui.log /usr/sbin/norvaned /etc/init.d/norvane; do
+for f in /etc/norvane /var/log/nvui.log /usr/sbin/norvaned /etc/init.d/norvane /etc/default/norvane; do
   [ ! -e "$f" ] || fail "$f exists before the test; not touching it"
 done
 
@@ -155,6 +157,33 @@ for p in $(pgrep -f "^/usr/sbin/norvaned --socket $T/nvsock2 " || true); do kill
 for _ in $(seq 100); do pgrep -f "^/usr/sbin/norvaned --socket $T/nvsock2 " >/dev/null || break; sleep 0.05; done
 ok "nvstart starts norvaned itself, and no second one"
 
+echo "== service norvane start|stop through the init script =="
+if [ -d /run/systemd/system ]; then
+  echo "package-test: skipped: systemd runs, and 'service' would start the live service"
+else
+  # /etc/default/norvane points the init script's agent at the simulator on
+  # a private socket for this test only.
+  printf 'DAEMON_ARGS="--foreground --backend sim --socket %s --state %s"\n' "$T/nvsock3" \
+    "$T/state.json" | $SUDO tee /etc/default/norvane >/dev/null
+  made_default=1
+  $SUDO service norvane start >/dev/null
+  for _ in $(seq 200); do [ -S "$T/nvsock3" ] && break; sleep 0.05; done
+  NVUI_SOCKET="$T/nvsock3" NVUI_LOG="$T/nvui.log" /usr/bin/nvcmd check >/dev/null ||
+    fail "no agent after service norvane start"
+  pid=$(cat /run/norvaned.pid)
+  [ "$(readlink /proc/"$pid"/exe)" = /usr/sbin/norvaned ] || fail "pid file does not name norvaned"
+  $SUDO service norvane status >/dev/null || fail "service norvane status: not running"
+  $SUDO service norvane start >/dev/null
+  [ "$(pgrep -fc "^/usr/sbin/norvaned .*--socket $T/nvsock3 ")" = 1 ] || fail "a second start ran a second agent"
+  $SUDO service norvane stop >/dev/null
+  for _ in $(seq 100); do [ -e /proc/"$pid" ] || break; sleep 0.05; done
+  [ ! -e /proc/"$pid" ] || fail "service norvane stop left the agent running"
+  [ ! -e "$T/nvsock3" ] && [ ! -e /run/norvaned.pid ] || fail "stop left the socket or the pid file"
+  $SUDO rm -f /etc/default/norvane
+  made_default=0
+  ok "service norvane start, status and stop"
+fi
+
 echo "== upgrade, removal and purge =="
 # What the agent and the console write at run time, and logrotate's copies.
 $SUDO mkdir -p /etc/norvane/monit
@@ -178,7 +207,7 @@ while read -r f; do
   [ ! -e "$f" ] || fail "$f left after purge"
 done <"$T/files"
 for f in /etc/norvane /var/log/nvui.log /var/log/nvui.log.1 /var/log/nvui.log.2.gz /usr/share/nvui \
-  /usr/share/doc/nvui /run/norvaned.pid; do
+  /usr/share/doc/nvui /run/norvaned.pid /etc/default/norvane; do
   [ ! -e "$f" ] || fail "$f left after purge"
 done
 left=$(ls /etc/rc?.d/*norvane /etc/systemd/system/*/norvane.* /var/lib/systemd/deb-systemd-helper-enabled/*norvane* \
