@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, the tests and the benchmarks need,
-# when missing, and generates the two locales the console uses.
+# Installs the Debian packages the build, the tests, the benchmarks and the
+# package test need, when missing, and generates the two locales the console uses.
 set -euo pipefail
 
 packages=(
@@ -9,6 +9,8 @@ packages=(
   nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format dialog
   libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd
   ifupdown isc-dhcp-client vsftpd samba
+  libsystemd-dev
+  debhelper dpkg-dev lintian man-db systemd jq logrotate git
 )
 
 missing=()

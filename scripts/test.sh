@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: the normal build,
 # the same tests under AddressSanitizer and UndefinedBehaviorSanitizer, the
-# console's stress test against a ThreadSanitizer build of the console, and
-# each fuzz target for a bounded time.
+# console's stress test against a ThreadSanitizer build of the console, the
+# Debian package built, installed and purged, and each fuzz target for a
+# bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -28,6 +29,8 @@ echo "== the console under ThreadSanitizer: keys and refreshes for 20 s =="
 cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DNV_TSAN=ON -DNV_BENCH=OFF >/dev/null
 cmake --build build-tsan -j"$JOBS" --target nvui
 NV_FORM_TEST_NVUI="$PWD/build-tsan/bin/nvui" build/bin/test_screen_form_stress
+echo "== Debian package: build, lintian, install, check, purge =="
+bash scripts/package-test.sh
 
 echo "== fuzz targets, ${FUZZ_SECONDS}s each =="
 cmake -S . -B build-fuzz -DNV_FUZZ=ON -DNV_BENCH=OFF -DCMAKE_CXX_COMPILER=clang++ \

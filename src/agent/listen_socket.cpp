@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "agent/activated_socket.h"
+
 namespace nvagent {
 
 namespace {
@@ -122,6 +124,12 @@ bool StartListening(int fd, int backlog, const std::string& path, std::string& e
 }  // namespace
 
 bool OpenListenSocket(const std::string& path, int backlog, ListenSocket& out, std::string& err) {
+    // A socket passed by systemd is used as it is; its file belongs to the
+    // socket unit, so dev and ino stay 0 and the agent never removes it.
+    Activation act = TakeActivatedSocket(path, out.fd, err);
+    out.bActivated = act == Activation::kTaken;
+    if (act != Activation::kNone)
+        return out.bActivated;
     sockaddr_un addr;
     if (!FillAddress(path, addr, err) || !ClearPath(path, addr, err))
         return false;

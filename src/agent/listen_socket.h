@@ -15,6 +15,9 @@ struct ListenSocket {
     // the file at exit only if it is still its own.
     dev_t dev = 0;
     ino_t ino = 0;
+    // Passed by systemd: never shut down nor removed, since the socket unit
+    // keeps it for the next start.
+    bool bActivated = false;
 };
 
 // Binds and listens at path. A socket file already there is probed: if

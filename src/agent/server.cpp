@@ -11,6 +11,8 @@
 #include <chrono>
 #include <system_error>
 
+#include "agent/activated_socket.h"
+
 namespace nvagent {
 
 Server::Server(Backend& backend, Journal& journal, const ServerOptions& opts)
@@ -44,7 +46,8 @@ void Server::Stop() {
     if (m_sock.fd < 0)
         return;
     m_stopping = true;
-    shutdown(m_sock.fd, SHUT_RDWR);
+    if (!m_sock.bActivated)
+        shutdown(m_sock.fd, SHUT_RDWR);
     for (std::thread& t : m_workers)
         t.join();
     m_workers.clear();
@@ -56,6 +59,8 @@ void Server::Stop() {
 void Server::WorkerLoop() {
     ConnectionHandler handler(m_backend, m_journal, m_opts.limits);
     for (;;) {
+        if (m_sock.bActivated && !AwaitActivatedClient(m_sock.fd, m_stopping))
+            return;
         int fd = accept4(m_sock.fd, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
         if (fd >= 0) {
             handler.Serve(fd);
@@ -71,7 +76,7 @@ void Server::WorkerLoop() {
 bool Server::AcceptFailureIsFinal(int err) {
     if (m_stopping || err == EINVAL || err == EBADF || err == ENOTSOCK)
         return true;
-    if (err != EINTR && err != ECONNABORTED) {
+    if (err != EINTR && err != ECONNABORTED && err != EAGAIN) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return false;
