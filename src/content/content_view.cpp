@@ -34,6 +34,7 @@ int EnterContent(CONTENT_DATA* pstContent) {
     if (GetContentDrawInfo(sg_Screen.ContentWin, 0, 0, COLS, LINES - 6, 1, pstContent,
                            &sg_ContentInfo) != 0) {
         NV_DBG("GetContentDrawInfo failed!");
+        FreeContent(pstContent);
         return -1;
     }
     sg_ContentInfo.iCursorInContentWinFlag = 1;
@@ -47,7 +48,10 @@ int EnterContent(CONTENT_DATA* pstContent) {
     int iRet = ShowContent(&sg_ContentInfo);
     if (iRet != 0) {
         NV_DBG("ShowContent Failed!");
+        // The page was handed over to the view; one that cannot be shown
+        // is freed here, since nothing else holds it.
         memset(&sg_ContentInfo, 0, sizeof(sg_ContentInfo));
+        FreeContent(pstContent);
     }
     sg_ContentInfo.iRefreshTime = time(NULL);
     NV_DBG("ShowContent ok!");

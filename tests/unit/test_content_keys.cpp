@@ -420,7 +420,7 @@ TEST_F(ContentKeys, EscFreesThePageAndGivesTheMenuTheKeyboard) {
     EXPECT_EQ(CountPair(Content(), 7), 0);
 }
 
-// A page with no rows cannot be shown: the view forgets it and stays without
+// A page with no rows cannot be shown: the view frees it and stays without
 // a page while its key function is installed, so every key is ignored and
 // the screen keeps what it showed.
 TEST_F(ContentKeys, APageWithoutRowsLeavesTheViewInert) {
@@ -428,8 +428,9 @@ TEST_F(ContentKeys, APageWithoutRowsLeavesTheViewInert) {
     ShowInfomation("left on the line");
     std::vector<chtype> before = Snapshot(Content());
     int iPromptBefore = sg_Screen.iCurPromptIdx;
+    // The view frees a page it cannot show (the leak check of the
+    // sanitizer build would report it otherwise).
     CONTENT_DATA* pstEmpty = MakePage({});
-    PageGuard empty(pstEmpty);
     time_t tBefore = time(nullptr);
     EXPECT_EQ(EnterContent(pstEmpty), -1);
     RegistKeyFunc(ContentKeyFunc, sg_Screen.ContentWin);
@@ -450,7 +451,6 @@ TEST_F(ContentKeys, APageWithoutRowsLeavesTheViewInert) {
     EXPECT_EQ(sg_Screen.iCurPromptIdx, iPromptBefore);
     // Not even the information line is cleared.
     EXPECT_EQ(Line(sg_Screen.InfoWin, 0), "left on the line");
-    EXPECT_TRUE(pstEmpty->mKey2vstrArgv.empty());
 }
 
 }  // namespace
