@@ -87,6 +87,7 @@ int Run(const nvagent::NorvanedOptions& opts) {
     if (opts.sBackend == "system") {
         nvagent::LiveOptions live;
         live.sDataDir = Absolute(opts.sDataDir);
+        live.iMonitorIntervalMs = opts.iMonitorIntervalMs;
         backend = nvagent::MakeLiveBackend(live, err);
     } else {
         backend = nvagent::MakeSimBackend(Absolute(opts.sStatePath), err);

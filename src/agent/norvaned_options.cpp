@@ -3,11 +3,26 @@
 
 #include <getopt.h>
 
+#include <cstdlib>
+#include <cstring>
+
 namespace nvagent {
 
 namespace {
 
-enum OptionId { kSocket = 1, kBackend, kState, kJournal, kForeground, kHelp, kDataDir };
+enum OptionId {
+    kSocket = 1,
+    kBackend,
+    kState,
+    kJournal,
+    kForeground,
+    kHelp,
+    kDataDir,
+    kMonitorInterval
+};
+
+// The longest monitor interval accepted: one hour.
+constexpr long kMaxMonitorIntervalMs = 3600000;
 
 const option kLongOptions[] = {
     {"socket", required_argument, nullptr, kSocket},
@@ -17,6 +32,7 @@ const option kLongOptions[] = {
     {"foreground", no_argument, nullptr, kForeground},
     {"help", no_argument, nullptr, kHelp},
     {"data-dir", required_argument, nullptr, kDataDir},
+    {"monitor-interval-ms", required_argument, nullptr, kMonitorInterval},
     {nullptr, 0, nullptr, 0},
 };
 
@@ -30,7 +46,18 @@ std::string Offending(int argc, char** argv, bool missingValue) {
     return at > 0 && at < argc ? std::string(argv[at]) : std::string("?");
 }
 
-bool Apply(int id, NorvanedOptions& opts) {
+// A whole number of milliseconds from 1 to an hour, digits only.
+bool ParseInterval(const char* text, int& ms) {
+    if (*text == '\0' || strspn(text, "0123456789") != strlen(text) || strlen(text) > 7)
+        return false;
+    long v = strtol(text, nullptr, 10);
+    if (v < 1 || v > kMaxMonitorIntervalMs)
+        return false;
+    ms = static_cast<int>(v);
+    return true;
+}
+
+bool Apply(int id, NorvanedOptions& opts, std::string& err) {
     switch (id) {
         case kSocket:
             opts.sSocketPath = optarg;
@@ -53,6 +80,12 @@ bool Apply(int id, NorvanedOptions& opts) {
         case kDataDir:
             opts.sDataDir = optarg;
             return true;
+        case kMonitorInterval:
+            if (!ParseInterval(optarg, opts.iMonitorIntervalMs))
+                err =
+                    std::string("--monitor-interval-ms needs a number of milliseconds from 1 to ") +
+                    std::to_string(kMaxMonitorIntervalMs) + ", not '" + optarg + "'";
+            return true;
         default:
             return false;
     }
@@ -63,16 +96,19 @@ bool Apply(int id, NorvanedOptions& opts) {
 bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::string& err) {
     optind = 0;  // full re-initialisation, so the parser can run more than once
     opterr = 0;
+    err.clear();
     int id;
     while ((id = getopt_long(argc, argv, ":", kLongOptions, nullptr)) != -1) {
         if (id == ':') {
             err = "option " + Offending(argc, argv, true) + " needs a value";
             return false;
         }
-        if (!Apply(id, opts)) {
+        if (!Apply(id, opts, err)) {
             err = "unknown option " + Offending(argc, argv, false);
             return false;
         }
+        if (!err.empty())
+            return false;
     }
     if (optind < argc) {
         err = std::string("unexpected argument ") + argv[optind];
@@ -104,6 +140,9 @@ const char* NorvanedUsage() {
            "                  (default: none, the state lives in memory only)\n"
            "  --data-dir DIR  where the system backend keeps its own settings\n"
            "                  (default /etc/norvane)\n"
+           "  --monitor-interval-ms N\n"
+           "                  the system backend's monitors sample every N ms\n"
+           "                  instead of their own intervals (for tests)\n"
            "  --journal FILE  append one JSON line per request received to FILE\n"
            "  --foreground    stay attached to the terminal instead of detaching\n"
            "  --help          show this text and exit\n"

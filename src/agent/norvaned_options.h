@@ -12,13 +12,15 @@ struct NorvanedOptions {
     std::string sStatePath;                 // empty: the state is kept in memory only
     std::string sDataDir = "/etc/norvane";  // the live backend's own settings
     std::string sJournalPath;               // empty: no journal
+    int iMonitorIntervalMs = 0;             // above 0: every monitor samples this often
     bool bForeground = false;
     bool bHelp = false;
 };
 
 // Parses argv into opts. Returns false with a message in err for a usage
-// error: an unknown option, a missing value, a stray argument or a backend
-// other than "sim" and "system".
+// error: an unknown option, a missing value, a stray argument, a backend
+// other than "sim" and "system" or a monitor interval that is not a whole
+// number of milliseconds from 1 to 3600000.
 bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::string& err);
 
 // The --help text.

@@ -1,11 +1,14 @@
 // The console against the live agent inside the namespace sandbox: a
 // network switch changed on the screen reaches the kernel, read back with
-// sysctl, and the rebuilt page shows what the kernel now holds.
+// sysctl, and a firewall rule added with the Input chain page's form is in
+// the kernel's INPUT chain, read back with iptables; each rebuilt page shows
+// what the kernel now holds.
 #include <gtest/gtest.h>
 
 #include "live_sandbox.h"
 #include "temp_dir.h"
 #include "test_screen_edit_util.h"
+#include "test_screen_form_util.h"
 
 namespace {
 
@@ -49,6 +52,54 @@ TEST(LiveScreen, NetworkSwitchOnScreenReachesTheKernel) {
     EXPECT_NE(
         nvtest::ReadFile("/etc/sysctl.d/90-norvane.conf").find("net.ipv4.icmp_echo_ignore_all = 1"),
         std::string::npos);
+}
+
+TEST(LiveScreen, RuleAddedOnTheInputChainPageReachesTheKernel) {
+    if (!nvtest::InSandbox())
+        GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
+    nvtest::Tool({"iptables", "-w", "5", "-F", "INPUT"});
+    nvtest::Tool({"iptables", "-w", "5", "-P", "INPUT", "ACCEPT"});
+    nvtest::TempDir data;
+    nvform::FormConsole c;
+    c.SetAgentArgs({"--backend", "system", "--data-dir", data.File("data")});
+    ASSERT_TRUE(c.Start("", LAN_ENGLISH, 24, 100));
+    ScreenSession& s = c.S();
+    ASSERT_TRUE(c.Open(nvform::kInputLeaf, PROMPT_SCKEY_POLICY));
+    ASSERT_TRUE(
+        Eventually(s, [&] { return nvform::ListPageShows(s, {}, 0, PROMPT_SCKEY_POLICY); }));
+    size_t from = c.JournalSize();
+    s.SendKey(Key::F2);
+    const std::string ip = "###.###.###.###";
+    auto form = [&](const std::string& dport) {
+        return std::vector<nvform::FormRow>{
+            {Raw(pcStrPriority, LAN_ENGLISH), Raw(pcStrHighest, LAN_ENGLISH), 0, ""},
+            {Raw(pcStrProtocol, LAN_ENGLISH), Raw(pcStrTcp, LAN_ENGLISH), 0, ""},
+            {Raw(pcStrSrcIp, LAN_ENGLISH), ip, 20, ""},
+            {Raw(pcStrSrcPort, LAN_ENGLISH), "####", 5, ""},
+            {Raw(pcStrDesIp, LAN_ENGLISH), ip, 18, ""},
+            {Raw(pcStrDesPort, LAN_ENGLISH), dport, 5, ""},
+            {Raw(pcStrAction, LAN_ENGLISH), Raw(pcStrAccept, LAN_ENGLISH), 0, ""}};
+    };
+    ASSERT_TRUE(Eventually(s, [&] { return nvform::FormShows(s, form("####"), 0); }));
+    s.SendKey(Key::Down, 5);
+    s.SendKey(Key::Enter);
+    s.SendText("22");
+    s.SendKey(Key::Enter);
+    ASSERT_TRUE(Eventually(s, [&] { return nvform::FormShows(s, form("22"), 5); }));
+    s.SendKey(Key::F9);
+    int result = 0;
+    ASSERT_TRUE(
+        Eventually(s, [&] { return nvform::OneSet(c, from, 33, "1 1 - 0 - 22 1", &result); }));
+    ASSERT_EQ(result, em_ActSuccAll);
+    EXPECT_EQ(nvtest::Tool({"iptables", "-S", "INPUT"}),
+              "-P INPUT ACCEPT\n"
+              "-A INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n");
+    tVecStr lines = c.LoadState()->objSS.vsIptablesInputList;
+    ASSERT_EQ(lines.size(), 1u);
+    ASSERT_TRUE(Eventually(s, [&] {
+        return And(nvform::ListPageShows(s, lines, 0, PROMPT_SCKEY_POLICY),
+                   nvform::InfoStartsWith(s, c.ResultText(em_ActSuccAll)));
+    }));
 }
 
 }  // namespace

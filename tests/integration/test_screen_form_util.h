@@ -47,6 +47,7 @@ public:
         o.sStateJson = stateJson;
         o.iLangCode = lang;
         o.vsEnv = m_env;
+        o.vsAgentArgs = m_agentArgs;
         if (const char* prog = getenv("NV_FORM_TEST_NVUI"))
             o.sProgram = prog;
         std::string err;
@@ -62,6 +63,8 @@ public:
 
     // More "NAME=value" entries for the console's environment, before Start.
     void AddEnv(const std::string& entry) { m_env.push_back(entry); }
+    // More arguments for the agent (the live backend, say), before Start.
+    void SetAgentArgs(std::vector<std::string> args) { m_agentArgs = std::move(args); }
 
     ScreenSession& S() { return m_run.Screen(); }
     ConsoleRun& Run() { return m_run; }
@@ -130,6 +133,7 @@ private:
     ConsoleRun m_run;
     int m_lang = LAN_ENGLISH;
     std::vector<std::string> m_env;
+    std::vector<std::string> m_agentArgs;
 };
 
 // One row of a form: caption, field text as shown, the field's width, and

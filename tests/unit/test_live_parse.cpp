@@ -83,17 +83,6 @@ TEST(LiveServices, OnlyTheAgentsOwnShareSectionCounts) {
     EXPECT_EQ(d.chSambaShareWrite, '0');
 }
 
-TEST(LiveSysinfo, MemoryInUseIsTotalLessAvailable) {
-    int total = 0, used = 0, free = 0;
-    ASSERT_TRUE(ParseMeminfo(
-        "MemTotal:        2048000 kB\nMemFree:          512000 kB\nMemAvailable:    1024000 kB\n",
-        total, used, free));
-    EXPECT_EQ(total, 2000);
-    EXPECT_EQ(used, 1000);
-    EXPECT_EQ(free, 500);
-    EXPECT_FALSE(ParseMeminfo("Nothing: 1 kB\n", total, used, free));
-}
-
 TEST(LiveSysinfo, DistributionFamilies) {
     EXPECT_EQ(OsReleaseFamily("NAME=\"Ubuntu\"\nID=ubuntu\nID_LIKE=debian\n"), emOSUbuntu);
     EXPECT_EQ(OsReleaseFamily("ID=\"centos\"\n"), emOSCentos);

@@ -44,4 +44,24 @@ TEST(NorvanedOptions, BadValuesAreUsageErrors) {
     EXPECT_NE(std::string(nvagent::NorvanedUsage()).find("--data-dir DIR"), std::string::npos);
 }
 
+TEST(NorvanedOptions, MonitorInterval) {
+    nvagent::NorvanedOptions o;
+    std::string err;
+    ASSERT_TRUE(Parse({"--backend", "system"}, o, err)) << err;
+    EXPECT_EQ(o.iMonitorIntervalMs, 0);
+    ASSERT_TRUE(Parse({"--monitor-interval-ms", "200"}, o, err)) << err;
+    EXPECT_EQ(o.iMonitorIntervalMs, 200);
+    ASSERT_TRUE(Parse({"--monitor-interval-ms", "3600000"}, o, err)) << err;
+    EXPECT_EQ(o.iMonitorIntervalMs, 3600000);
+    for (const char* bad : {"0", "-5", "", "20ms", "3600001", "99999999999", " 5"}) {
+        nvagent::NorvanedOptions b;
+        EXPECT_FALSE(Parse({"--monitor-interval-ms", bad}, b, err)) << bad;
+        EXPECT_EQ(err, std::string("--monitor-interval-ms needs a number of milliseconds from 1 "
+                                   "to 3600000, not '") +
+                           bad + "'");
+    }
+    EXPECT_NE(std::string(nvagent::NorvanedUsage()).find("--monitor-interval-ms N"),
+              std::string::npos);
+}
+
 }  // namespace

@@ -3,6 +3,7 @@
 // one change at a time.
 #include "agent/live/live_backend.h"
 
+#include <cstdio>
 #include <mutex>
 
 #include "agent/commands/command_parser.h"
@@ -14,9 +15,11 @@
 #include "agent/live/live_interfaces.h"
 #include "agent/live/live_kernel.h"
 #include "agent/live/live_listen.h"
+#include "agent/live/live_monitors.h"
 #include "agent/live/live_services.h"
 #include "agent/live/live_settings.h"
 #include "agent/live/live_sysinfo.h"
+#include "agent/monitors/memory_monitor.h"
 #include "agent/state_json.h"
 #include "wire/wire.h"
 
@@ -27,13 +30,28 @@ namespace {
 class LiveBackend : public Backend {
 public:
     LiveBackend(LiveOptions opts, cConf_Inf settings)
-        : m_opts(std::move(opts)), m_settings(std::move(settings)) {}
+        : m_opts(std::move(opts)),
+          m_settings(std::move(settings)),
+          m_monitors(m_opts.sDataDir, m_opts.iMonitorIntervalMs) {}
+
+    // Runs the monitors that are on in the stored settings; a switch whose
+    // list is empty is turned off and saved first.
+    void StartMonitors() {
+        std::lock_guard<std::mutex> lock(m_mu);
+        if (m_monitors.SwitchOffEmptyLists(m_settings)) {
+            std::string err;
+            if (!SaveSettings(SettingsPath(m_opts.sDataDir), m_settings, err))
+                fprintf(stderr, "norvaned: could not save the monitor switches: %s\n", err.c_str());
+        }
+        m_monitors.Apply(m_settings);
+    }
 
     void CheckBody(std::string& body) override {
         cConf_Inf conf = DefaultConf();
         {
             std::lock_guard<std::mutex> lock(m_mu);
             CopySettings(m_settings, conf);
+            m_monitors.ShowCurrentUse(conf);
         }
         cSvrState svr;
         ReadMachine(conf, svr);
@@ -49,7 +67,7 @@ public:
             return r;
         std::lock_guard<std::mutex> lock(m_mu);
         if (IsOwnSetting(req))
-            return ApplyOwn(req);
+            return ApplyOwn(cmd, req);
         return std::visit(Change{*this, cmd}, req);
     }
 
@@ -111,20 +129,24 @@ private:
 
     std::string Rules() const { return FirewallRulesFile(m_opts.sDataDir); }
 
-    // The agent's own settings: changed on a copy, saved, then kept.
-    CmdResult ApplyOwn(const Request& req) {
+    // The agent's own settings: changed on a copy, saved, then kept; a
+    // monitor's change reaches the running monitors at once.
+    CmdResult ApplyOwn(short cmd, const Request& req) {
         cConf_Inf next = m_settings;
-        int total = 0, used = 0, free = 0;
-        std::string meminfo;
-        if (ReadTextFile("/proc/meminfo", meminfo))
-            ParseMeminfo(meminfo, total, used, free);
-        CmdResult r = ApplyOwnSetting(next, total, req);
+        nvmonit::MemoryFigures mem;
+        nvmonit::ReadMemory("/proc", mem);
+        CmdResult r = ApplyOwnSetting(next, static_cast<int>(mem.llTotalMb), req);
         if (r.iCode != em_ActSuccAll)
             return r;
+        bool monitors = IsMonitorCommand(cmd);
+        if (monitors)
+            m_monitors.SwitchOffEmptyLists(next);
         std::string err;
         if (!SaveSettings(SettingsPath(m_opts.sDataDir), next, err))
             return Failed("Could not save the agent's settings: " + err + ".");
         m_settings = std::move(next);
+        if (monitors)
+            m_monitors.Apply(m_settings);
         return r;
     }
 
@@ -138,8 +160,14 @@ private:
             ReadTextFile("/etc/os-release", text) || ReadTextFile("/usr/lib/os-release", text)
                 ? OsReleaseFamily(text)
                 : static_cast<char>(emOSUnknown);
-        if (ReadTextFile("/proc/meminfo", text))
-            ParseMeminfo(text, svr.iMemTotal, svr.iMemUse, svr.iMemFree);
+        // The memory monitor's own reading, so that the page and the
+        // monitor's ceiling speak of the same figure.
+        nvmonit::MemoryFigures mem;
+        if (nvmonit::ReadMemory("/proc", mem)) {
+            svr.iMemTotal = static_cast<int>(mem.llTotalMb);
+            svr.iMemUse = static_cast<int>(mem.llUsedMb);
+            svr.iMemFree = static_cast<int>(mem.llFreeMb);
+        }
         svr.vDiskInfo = ReadDiskInfo();
         svr.vsDiskInfoList = DiskInfoLines(svr.vDiskInfo);
         svr.vTcpListen = ReadListeners();
@@ -159,6 +187,7 @@ private:
     LiveOptions m_opts;
     std::mutex m_mu;
     cConf_Inf m_settings;
+    LiveMonitors m_monitors;
 };
 
 }  // namespace
@@ -174,7 +203,9 @@ std::unique_ptr<Backend> MakeLiveBackend(const LiveOptions& opts, std::string& e
         return nullptr;
     if (o.bRestoreFirewall && !RestoreFirewall(o.sDataDir, err))
         return nullptr;
-    return std::make_unique<LiveBackend>(o, std::move(settings));
+    auto backend = std::make_unique<LiveBackend>(o, std::move(settings));
+    backend->StartMonitors();
+    return backend;
 }
 
 }  // namespace nvagent

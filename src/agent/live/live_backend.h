@@ -22,11 +22,15 @@ struct LiveOptions {
     // Restore the data directory's firewall rules at start (when the agent,
     // not a persistence package, keeps them).
     bool bRestoreFirewall = true;
+    // Above 0: every monitor samples at this interval (ms) instead of its
+    // own (norvaned --monitor-interval-ms, for tests).
+    int iMonitorIntervalMs = 0;
 };
 
 // Creates the data directory when missing, loads the agent's settings from
-// it and restores the firewall rules kept there; null with err when the
-// settings file exists but cannot be read, or the rules are refused.
+// it, restores the firewall rules kept there and starts the monitors that
+// are on; null with err when the settings file exists but cannot be read,
+// or the rules are refused.
 std::unique_ptr<Backend> MakeLiveBackend(const LiveOptions& opts, std::string& err);
 
 }  // namespace nvagent

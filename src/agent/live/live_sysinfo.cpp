@@ -63,34 +63,6 @@ char OsReleaseFamily(const std::string& osRelease) {
     return emOSUnknown;
 }
 
-bool ParseMeminfo(const std::string& text, int& totalMb, int& usedMb, int& freeMb) {
-    long long total = -1, avail = -1, free = -1;
-    std::istringstream in(text);
-    std::string key;
-    long long kb = 0;
-    std::string unit;
-    std::string line;
-    while (std::getline(in, line)) {
-        char name[64];
-        if (sscanf(line.c_str(), "%63[^:]: %lld", name, &kb) != 2)
-            continue;
-        if (strcmp(name, "MemTotal") == 0)
-            total = kb;
-        else if (strcmp(name, "MemAvailable") == 0)
-            avail = kb;
-        else if (strcmp(name, "MemFree") == 0)
-            free = kb;
-    }
-    if (total < 0 || free < 0)
-        return false;
-    if (avail < 0)
-        avail = free;
-    totalMb = static_cast<int>(total / 1024);
-    usedMb = static_cast<int>((total - avail) / 1024);
-    freeMb = static_cast<int>(free / 1024);
-    return true;
-}
-
 namespace {
 
 void CopyText(char (&dst)[256], const char* s) {
