@@ -106,7 +106,16 @@ TEST(BackupMonitorLive, FilePastItsLimitIsBackedUpAndEmptiedWhileAWriterAppends)
     std::vector<long> all;
     for (const auto& p : parts)
         all.insert(all.end(), p.begin(), p.end());
-    // In order, no line twice, and the losses counted.
+    // In order, no line twice, and the losses counted. Each backup and the
+    // rest of the file hold unbroken runs of lines: a line can be lost only
+    // in the window between the last catch-up check of a copy and the
+    // truncation, that is between two parts. How many fall there depends on
+    // how long the agent's thread is descheduled, which a loaded machine
+    // does not bound.
+    for (const auto& p : parts) {
+        for (size_t i = 1; i < p.size(); ++i)
+            ASSERT_EQ(p[i], p[i - 1] + 1) << "a line lost inside a copy";
+    }
     long lost = 0;
     for (size_t i = 1; i < all.size(); ++i) {
         ASSERT_GT(all[i], all[i - 1]);
@@ -114,9 +123,6 @@ TEST(BackupMonitorLive, FilePastItsLimitIsBackedUpAndEmptiedWhileAWriterAppends)
     }
     EXPECT_EQ(all.front(), 0);
     EXPECT_EQ(all.back(), written - 1);
-    // At most one line per backup can fall into the window between the last
-    // catch-up check and the truncation.
-    EXPECT_LE(lost, static_cast<long>(backups.size()));
     printf("backups %zu, lines written %ld, lines lost %ld\n", backups.size(), written.load(),
            lost);
     // The file was emptied in place: the writer's inode is still the file.
