@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "agent/atomic_file.h"
 #include "agent/journal.h"
 #include "agent/norvaned_options.h"
 #include "agent/server.h"
@@ -82,12 +83,18 @@ bool Daemonize(std::string& err) {
 int Run(const nvagent::NorvanedOptions& opts) {
     sigset_t stopSignals = BlockStopSignals();
     std::string err;
+    if (!opts.sStatePath.empty()) {
+        int removed = nvagent::RemoveStrayTemps(Absolute(opts.sStatePath));
+        if (removed > 0)
+            fprintf(stderr, "norvaned: removed %d temporary state file(s) left by an earlier run\n",
+                    removed);
+    }
     std::unique_ptr<nvagent::Backend> backend =
         nvagent::MakeSimBackend(Absolute(opts.sStatePath), err);
     if (!backend)
         return Fail(err, 1);
     nvagent::Journal journal;
-    if (!opts.sJournalPath.empty() && !journal.Open(opts.sJournalPath, err))
+    if (!opts.sJournalPath.empty() && !journal.Open(opts.sJournalPath, err, opts.journalMaxBytes))
         return Fail(err, 1);
     nvagent::ServerOptions serverOpts;
     serverOpts.sSocketPath = Absolute(opts.sSocketPath);

@@ -3,17 +3,21 @@
 
 #include <getopt.h>
 
+#include <cerrno>
+#include <cstdlib>
+
 namespace nvagent {
 
 namespace {
 
-enum OptionId { kSocket = 1, kBackend, kState, kJournal, kForeground, kHelp };
+enum OptionId { kSocket = 1, kBackend, kState, kJournal, kJournalMax, kForeground, kHelp };
 
 const option kLongOptions[] = {
     {"socket", required_argument, nullptr, kSocket},
     {"backend", required_argument, nullptr, kBackend},
     {"state", required_argument, nullptr, kState},
     {"journal", required_argument, nullptr, kJournal},
+    {"journal-max", required_argument, nullptr, kJournalMax},
     {"foreground", no_argument, nullptr, kForeground},
     {"help", no_argument, nullptr, kHelp},
     {nullptr, 0, nullptr, 0},
@@ -27,6 +31,17 @@ std::string Offending(int argc, char** argv, bool missingValue) {
         return std::string("-") + char(optopt);
     int at = optind - 1;
     return at > 0 && at < argc ? std::string(argv[at]) : std::string("?");
+}
+
+// A whole number of bytes, at least 4096 so that a line always fits.
+bool ParseJournalMax(const char* text, size_t& bytes) {
+    char* end = nullptr;
+    errno = 0;
+    unsigned long long v = strtoull(text, &end, 10);
+    if (*text < '0' || *text > '9' || *end != '\0' || errno != 0 || v < 4096 || v > (1ull << 40))
+        return false;
+    bytes = static_cast<size_t>(v);
+    return true;
 }
 
 bool Apply(int id, NorvanedOptions& opts) {
@@ -43,6 +58,8 @@ bool Apply(int id, NorvanedOptions& opts) {
         case kJournal:
             opts.sJournalPath = optarg;
             return true;
+        case kJournalMax:
+            return ParseJournalMax(optarg, opts.journalMaxBytes);
         case kForeground:
             opts.bForeground = true;
             return true;
@@ -63,6 +80,10 @@ bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::str
     while ((id = getopt_long(argc, argv, ":", kLongOptions, nullptr)) != -1) {
         if (id == ':') {
             err = "option " + Offending(argc, argv, true) + " needs a value";
+            return false;
+        }
+        if (id == kJournalMax && !Apply(id, opts)) {
+            err = "--journal-max needs a number of bytes from 4096 to 2^40";
             return false;
         }
         if (!Apply(id, opts)) {
@@ -94,6 +115,8 @@ const char* NorvanedUsage() {
            "  --state FILE    load and save the simulated state in FILE\n"
            "                  (default: none, the state lives in memory only)\n"
            "  --journal FILE  append one JSON line per request received to FILE\n"
+           "  --journal-max BYTES  start a new journal when it would pass BYTES, keeping\n"
+           "                  the previous one as FILE.1 (default 8 MiB)\n"
            "  --foreground    stay attached to the terminal instead of detaching\n"
            "  --help          show this text and exit\n"
            "\n"

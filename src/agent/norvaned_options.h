@@ -2,6 +2,7 @@
 #ifndef NV_AGENT_NORVANED_OPTIONS_H
 #define NV_AGENT_NORVANED_OPTIONS_H
 
+#include <cstddef>
 #include <string>
 
 namespace nvagent {
@@ -11,6 +12,7 @@ struct NorvanedOptions {
     std::string sBackend = "sim";
     std::string sStatePath;    // empty: the state is kept in memory only
     std::string sJournalPath;  // empty: no journal
+    size_t journalMaxBytes = 8u << 20;
     bool bForeground = false;
     bool bHelp = false;
 };

@@ -1,5 +1,6 @@
 // RequestCmd: one request and its answer over the connected agent socket,
 // with a bounded wait, and the decoding of a check answer into the record.
+#include <malloc.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "cmdclient/cmd_client.h"
+#include "cmdclient/request_clock.h"
 #include "link/result_codes.h"
 #include "wire/wire.h"
 
@@ -162,17 +164,28 @@ int RecvAnswer(cGlobalVal* p, Exchange& ex, const char*& pkt, size_t& len) {
     return em_OK;
 }
 
+// A body at least this large may leave much freed memory in the allocator's
+// heap; it is handed back to the system once the decode is over.
+const size_t kTrimAfterBody = 1u << 20;
+
 // Decodes the state into scratch records first, so that a malformed answer
-// leaves the last good state in place.
+// leaves the last good state in place. The scratch records live only for
+// this call: what a failed decode built, or the state a good one replaced,
+// is freed before returning.
 int LoadState(cGlobalVal* p, const nvwire::AnswerView& a) {
-    static cConf_Inf s_conf;
-    static cSvrState s_svr;
-    int rc = nvwire::DecodeStateBody(a.body, a.bodyLen, s_conf, s_svr);
-    if (rc != em_OK)
-        return rc;
-    std::swap(p->objCif, s_conf);
-    std::swap(p->objSS, s_svr);
-    return em_OK;
+    int rc;
+    {
+        cConf_Inf conf;
+        cSvrState svr;
+        rc = nvwire::DecodeStateBody(a.body, a.bodyLen, conf, svr);
+        if (rc == em_OK) {
+            std::swap(p->objCif, conf);
+            std::swap(p->objSS, svr);
+        }
+    }
+    if (a.bodyLen >= kTrimAfterBody)
+        malloc_trim(0);
+    return rc;
 }
 
 bool IsCheck(const cGlobalVal* p) {
@@ -212,7 +225,7 @@ int Converse(cGlobalVal* p, Exchange& ex) {
 int RequestCmd(cGlobalVal* pObj) {
     Exchange ex;
     ex.fd = pObj->fdConn;
-    ex.deadline = Clock::now() + std::chrono::milliseconds(g_iRequestTimeoutMs);
+    ex.deadline = nvclient::TakeRequestDeadline(pObj->fdConn);
     pObj->iLenRecved = 0;
     pObj->sReqRetInfo.clear();
     int rc = Converse(pObj, ex);
