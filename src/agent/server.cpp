@@ -241,11 +241,12 @@ void Server::Handle(uint64_t id, uint32_t events) {
         return;
     Connection& c = *it->second;
     Clock::time_point now = Clock::now();
+    Connection::Phase before = c.GetPhase();
     if (events & (EPOLLIN | EPOLLRDHUP | EPOLLHUP | EPOLLERR))
         c.OnReadable(m_journal, now);
     if (c.GetPhase() == Connection::Phase::kWriting && (events & (EPOLLOUT | EPOLLERR | EPOLLHUP)))
         c.OnWritable(now);
-    if (c.GetPhase() == Connection::Phase::kDispatching) {
+    if (before == Connection::Phase::kReading && c.GetPhase() == Connection::Phase::kDispatching) {
         {
             std::lock_guard<std::mutex> lock(m_mutex);
             m_jobs.push_back(Job{id, c.Cmd(), c.Payload()});
@@ -270,10 +271,17 @@ void Server::Update(uint64_t id) {
         SetAccepting(true);
         return;
     }
+    // While a worker answers, the socket is out of the set: a client that
+    // hangs up meanwhile would otherwise be reported again and again.
+    if (c.GetPhase() == Connection::Phase::kDispatching) {
+        epoll_ctl(m_epoll, EPOLL_CTL_DEL, c.Fd(), nullptr);
+        return;
+    }
     epoll_event ev{};
     ev.events = c.WantedEvents();
     ev.data.u64 = id;
-    epoll_ctl(m_epoll, EPOLL_CTL_MOD, c.Fd(), &ev);
+    if (epoll_ctl(m_epoll, EPOLL_CTL_MOD, c.Fd(), &ev) != 0 && errno == ENOENT)
+        epoll_ctl(m_epoll, EPOLL_CTL_ADD, c.Fd(), &ev);
 }
 
 void Server::CollectAnswers() {
