@@ -417,9 +417,14 @@ int ParseAnswer(const char* p, size_t n, AnswerView& a) {
     uint32_t result = 0;
     NV_TRY(r.Get16(cmd));
     NV_TRY(r.Get32(result));
-    NV_TRY(r.GetStr(a.detail));
-    if (a.detail.size() > kMaxDetailLen)
+    // The detail's length is checked before its bytes are copied.
+    uint32_t detailLen = 0;
+    if (r.Get32(detailLen) != em_OK)
+        return em_GetStrReadBuffNotEnough;
+    if (detailLen > kMaxDetailLen)
         return em_GetStrFromResPkgStrEndOutOfRange;
+    r.Rewind(4);
+    NV_TRY(r.GetStr(a.detail));
     a.cmd = static_cast<short>(cmd);
     a.result = static_cast<int>(result);
     a.bodyLen = r.Left();

@@ -53,6 +53,7 @@ public:
 
     nvagent::CmdResult Apply(short cmd, const std::string& payload) override {
         ++m_applied;
+        std::this_thread::sleep_for(std::chrono::milliseconds(m_applyDelayMs.load()));
         if (cmd == 4 && (payload == "1" || payload == "0")) {
             std::lock_guard<std::mutex> lock(m_mutex);
             m_flag = payload[0];
@@ -62,6 +63,7 @@ public:
     }
 
     std::atomic<int> m_applied{0};
+    std::atomic<int> m_applyDelayMs{0};
 
 private:
     std::mutex m_mutex;
@@ -252,6 +254,21 @@ TEST_F(InProcessServer, StalledClientsDoNotDelayOthersAndAreCutAtTheDeadline) {
         }
     }
     EXPECT_EQ(timeouts, 3);
+}
+
+TEST_F(InProcessServer, ClientThatHangsUpWhileAnsweredIsAnsweredOnce) {
+    StartServer();
+    m_backend.m_applyDelayMs = 200;
+    int fd = nvtest::ConnectUnix(SocketPath());
+    ASSERT_GE(fd, 0);
+    ASSERT_TRUE(nvtest::SendAll(fd, nvtest::MakeRequest(4, "1")));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    close(fd);
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    m_backend.m_applyDelayMs = 0;
+    ExpectCheckWorks();
+    EXPECT_EQ(m_backend.m_applied.load(), 1);
+    EXPECT_EQ(Journal().size(), 2u);
 }
 
 TEST_F(InProcessServer, ConcurrentClientsGetConsistentAnswers) {
