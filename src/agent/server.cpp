@@ -347,11 +347,10 @@ void Server::WorkerThread() {
         m_journal.Record(job.cmd, job.payload.data(), job.payload.size(), result);
         {
             std::lock_guard<std::mutex> lock(m_mutex);
-            m_done.push_back(Done{job.id, bufs.answer});
+            m_done.push_back(Done{job.id, std::move(bufs.answer)});
         }
         Wake();
         ShrinkIfLarge(bufs.body);
-        ShrinkIfLarge(bufs.answer);
     }
 }
 

@@ -166,7 +166,7 @@ int RecvAnswer(cGlobalVal* p, Exchange& ex, const char*& pkt, size_t& len) {
 
 // A body at least this large may leave much freed memory in the allocator's
 // heap; it is handed back to the system once the decode is over.
-const size_t kTrimAfterBody = 1u << 20;
+const size_t kTrimAfterBody = 4u << 20;
 
 // Decodes the state into scratch records first, so that a malformed answer
 // leaves the last good state in place. The scratch records live only for
