@@ -46,7 +46,7 @@ private:
 
 // Fills a record with random values: any byte in chars, the whole range of
 // the numbers, texts of 0 to 40 bytes (any byte but NUL in char arrays, which
-// end at their NUL) and lists of 0 to 4 entries.
+// end at their NUL, and often empty) and lists of 0 to 12 entries.
 template <class Rec, class Source>
 struct RandomWalk {
     Source& src;
@@ -77,29 +77,30 @@ struct RandomWalk {
         r.*m = Number<T>();
     }
     void Text(const char*, std::string Rec::*m) {
-        std::string s(src.Next(41), '\0');
+        std::string s(TextLen(41), '\0');
         for (char& c : s)
             c = static_cast<char>(src.Next(256));
         r.*m = s;
     }
     template <size_t N>
     void Text(const char*, char (Rec::*m)[N]) {
-        size_t len = src.Next(N < 41 ? N : 41);
+        size_t len = TextLen(N < 41 ? N : 41);
         for (size_t i = 0; i < len; ++i)
             (r.*m)[i] = static_cast<char>(1 + src.Next(255));
         (r.*m)[len] = '\0';
     }
+    size_t TextLen(uint32_t bound) { return src.Next(2) == 0 ? 0 : src.Next(bound); }
     void List(const char*, std::vector<std::string> Rec::*m) {
-        (r.*m).resize(src.Next(5));
+        (r.*m).resize(src.Next(13));
         for (std::string& s : r.*m) {
-            s.assign(src.Next(41), '\0');
+            s.assign(TextLen(41), '\0');
             for (char& c : s)
                 c = static_cast<char>(src.Next(256));
         }
     }
     template <class E>
     void List(const char*, std::vector<E> Rec::*m) {
-        (r.*m).assign(src.Next(5), E{});
+        (r.*m).assign(src.Next(13), E{});
         for (E& e : r.*m) {
             RandomWalk<E, Source> w{src, e};
             nvwire::RecordFields<E>::Walk(w);

@@ -179,10 +179,12 @@ TEST(WireFields, SmallestEncodingsFollowFromTheFieldList) {
 }
 
 TEST(WireFields, DiskRecordsWithEmptyTextsAreAccepted) {
+    // Ten records of empty texts (24 bytes each) near the end of the body:
+    // a decoder that took 28 bytes for the smallest record would think the
+    // list ran past the end.
     cConf_Inf c;
     cSvrState s;
-    FillSampleState(c, s);
-    s.vDiskInfo.assign(3, cDiskInfo{});
+    s.vDiskInfo.assign(10, cDiskInfo{});
     s.vDiskInfo[1].iUsed = 7;
     std::string body = EncodeBody(c, s);
     cConf_Inf c2;
