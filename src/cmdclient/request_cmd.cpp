@@ -164,28 +164,39 @@ int RecvAnswer(cGlobalVal* p, Exchange& ex, const char*& pkt, size_t& len) {
     return em_OK;
 }
 
-// A body at least this large may leave much freed memory in the allocator's
-// heap; it is handed back to the system once the decode is over.
-const size_t kTrimAfterBody = 4u << 20;
+// A state decoded from a body up to this size is kept, once replaced, as the
+// scratch records of the next check (its strings and vectors keep their
+// capacity, so a check of the same state allocates almost nothing). A larger
+// one, and whatever a failed decode built, is freed at once and the freed
+// memory handed back to the system, so what stays besides the live state is
+// bounded whatever an answer held.
+const size_t kReuseScratchBody = 4u << 20;
 
-// Decodes the state into scratch records first, so that a malformed answer
-// leaves the last good state in place. The scratch records live only for
-// this call: what a failed decode built, or the state a good one replaced,
-// is freed before returning.
+cConf_Inf s_scratchConf;
+cSvrState s_scratchSvr;
+size_t s_liveBodyLen = 0;  // the body the record's current state came from
+
+void FreeScratch() {
+    s_scratchConf = cConf_Inf();
+    s_scratchSvr = cSvrState();
+    malloc_trim(0);
+}
+
+// Decodes into the scratch records first, so that a malformed answer leaves
+// the last good state in place.
 int LoadState(cGlobalVal* p, const nvwire::AnswerView& a) {
-    int rc;
-    {
-        cConf_Inf conf;
-        cSvrState svr;
-        rc = nvwire::DecodeStateBody(a.body, a.bodyLen, conf, svr);
-        if (rc == em_OK) {
-            std::swap(p->objCif, conf);
-            std::swap(p->objSS, svr);
-        }
+    int rc = nvwire::DecodeStateBody(a.body, a.bodyLen, s_scratchConf, s_scratchSvr);
+    if (rc != em_OK) {
+        FreeScratch();
+        return rc;
     }
-    if (a.bodyLen >= kTrimAfterBody)
-        malloc_trim(0);
-    return rc;
+    std::swap(p->objCif, s_scratchConf);
+    std::swap(p->objSS, s_scratchSvr);
+    size_t replacedBodyLen = s_liveBodyLen;
+    s_liveBodyLen = a.bodyLen;
+    if (replacedBodyLen >= kReuseScratchBody)
+        FreeScratch();
+    return em_OK;
 }
 
 bool IsCheck(const cGlobalVal* p) {
