@@ -169,6 +169,11 @@ void Server::SetAccepting(bool on) {
 void Server::AcceptAll() {
     for (;;) {
         if (static_cast<int>(m_conns.size()) >= m_opts.iMaxConnections) {
+            if (m_accepting)
+                fprintf(stderr,
+                        "norvaned: connection limit reached: %d connections open; new clients "
+                        "wait in the listen queue\n",
+                        m_opts.iMaxConnections);
             SetAccepting(false);
             m_acceptRetry = Clock::time_point::max();  // until a connection ends
             return;

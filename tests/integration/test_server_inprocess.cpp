@@ -271,6 +271,30 @@ TEST_F(InProcessServer, ClientThatHangsUpWhileAnsweredIsAnsweredOnce) {
     EXPECT_EQ(Journal().size(), 2u);
 }
 
+TEST_F(InProcessServer, ClientsBeyondTheTotalCapWaitInTheQueue) {
+    std::string err;
+    ASSERT_TRUE(m_journal.Open(JournalPath(), err)) << err;
+    nvagent::ServerOptions opts;
+    opts.sSocketPath = SocketPath();
+    opts.iMaxConnections = 3;
+    opts.limits.readTimeout = std::chrono::milliseconds(300);
+    m_server = std::make_unique<nvagent::Server>(m_backend, m_journal, opts);
+    ASSERT_TRUE(m_server->Listen(err)) << err;
+    ASSERT_TRUE(m_server->Start(err)) << err;
+    std::vector<int> idle;
+    for (int i = 0; i < 3; ++i)
+        idle.push_back(nvtest::ConnectUnix(SocketPath()));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    // The fourth client is not refused: it waits until an idle one is cut.
+    Clock::time_point start = Clock::now();
+    ExpectCheckWorks();
+    EXPECT_GE(MsSince(start), 200);
+    for (int fd : idle) {
+        EXPECT_TRUE(nvtest::ReadUntilClose(fd, 2000).bClosed);
+        close(fd);
+    }
+}
+
 TEST_F(InProcessServer, ConcurrentClientsGetConsistentAnswers) {
     StartServer();
     constexpr int kThreads = 8;
