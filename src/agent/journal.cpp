@@ -102,7 +102,9 @@ bool Journal::Open(const std::string& path, std::string& err, size_t maxBytes) {
     if (m_fd >= 0)
         close(m_fd);
     struct stat sb;
-    m_size = fstat(fd, &sb) == 0 ? static_cast<size_t>(sb.st_size) : 0;
+    bool regular = fstat(fd, &sb) == 0 && S_ISREG(sb.st_mode);
+    m_size = regular ? static_cast<size_t>(sb.st_size) : 0;
+    m_rotates = regular;
     m_fd = fd;
     m_path = path;
     m_maxBytes = maxBytes;
@@ -140,9 +142,11 @@ void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int re
 
 // A line that would take the file past its limit goes to a fresh file; the
 // full one is kept as PATH.1. If the new file cannot be made, the old one is
-// reopened so that recording goes on.
+// reopened so that recording goes on. Only a regular file is rotated: a
+// journal on a device or a pipe is never renamed (renaming the null device
+// would leave a regular file in its place).
 void Journal::RotateIfFull() {
-    if (m_size == 0 || m_size + m_line.size() <= m_maxBytes)
+    if (!m_rotates || m_size == 0 || m_size + m_line.size() <= m_maxBytes)
         return;
     std::string old = m_path + ".1";
     if (rename(m_path.c_str(), old.c_str()) != 0)

@@ -60,6 +60,7 @@ private:
     std::string m_path;
     size_t m_maxBytes = kJournalDefaultMaxBytes;
     size_t m_size = 0;
+    bool m_rotates = false;  // a regular file, which may be renamed when full
     int m_fd = -1;
     std::mutex m_mutex;
     std::string m_line;  // reused under m_mutex so that a line costs no allocation
