@@ -23,10 +23,13 @@ fi
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DNV_BENCH=ON -DNV_SANITIZE=OFF \
   -DNV_FUZZ=OFF >/dev/null
-cmake --build "$build" -j"$(nproc)" --target bench_check_roundtrip bench_console norvaned nvui
+cmake --build "$build" -j"$(nproc)" --target bench_check_roundtrip bench_agent_load bench_console norvaned nvui
 
 echo "== bench_check_roundtrip ($(nproc) CPUs, $(uname -r)) =="
 "$build/bin/bench_check_roundtrip" "$@"
+
+echo "== bench_agent_load =="
+"$build/bin/bench_agent_load"
 
 # The console's figures are wall-clock times of whole processes: other load
 # on the machine shows in them (the load average is printed with them; the

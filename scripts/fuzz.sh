@@ -16,7 +16,7 @@ if [ $# -lt 1 ]; then
 fi
 build="$1"
 seconds="${2:-30}"
-targets=(fuzz_answer_decoder fuzz_request_decoder)
+targets=(fuzz_answer_decoder fuzz_request_decoder fuzz_state_roundtrip)
 
 missing=0
 for t in "${targets[@]}"; do

@@ -3,7 +3,6 @@
 #include "agent/activated_socket.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <systemd/sd-daemon.h>
 
@@ -28,16 +27,6 @@ Activation TakeActivatedSocket(const std::string& path, int& fd, std::string& er
     fcntl(fd, F_SETFD, FD_CLOEXEC);
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
     return Activation::kTaken;
-}
-
-bool AwaitActivatedClient(int fd, const std::atomic<bool>& stopping) {
-    const int kPeriodMs = 100;
-    while (!stopping) {
-        pollfd p{fd, POLLIN, 0};
-        if (poll(&p, 1, kPeriodMs) > 0 && (p.revents & POLLIN))
-            return !stopping;
-    }
-    return false;
 }
 
 }  // namespace nvagent

@@ -2,6 +2,7 @@
 // reports the system's own reason.
 #include "agent/atomic_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -64,6 +65,16 @@ int SyncDir(const std::string& dir) {
     return fsync(fd.Get()) == 0 ? 0 : errno;
 }
 
+std::string BaseOf(const std::string& path) {
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// The prefix of every temporary file made for path, inside its directory.
+std::string TempPrefix(const std::string& path) {
+    return "." + BaseOf(path) + ".tmp.";
+}
+
 // The mode of the file being replaced, or 0644 for a new one.
 mode_t ModeFor(const std::string& path) {
     struct stat sb;
@@ -115,7 +126,8 @@ int ReadWholeFile(const std::string& path, std::string& text) {
 }
 
 bool WriteFileAtomically(const std::string& path, const std::string& data, std::string& err) {
-    std::string tmpl = path + ".XXXXXX";
+    std::string dir = DirOf(path);
+    std::string tmpl = (dir == "/" ? "" : dir) + "/" + TempPrefix(path) + "XXXXXX";
     std::vector<char> name(tmpl.begin(), tmpl.end());
     name.push_back('\0');
     int e = WriteTemp(name, data, ModeFor(path));
@@ -124,10 +136,29 @@ bool WriteFileAtomically(const std::string& path, const std::string& data, std::
         unlink(name.data());
     }
     if (e == 0)
-        e = SyncDir(DirOf(path));
+        e = SyncDir(dir);
     if (e != 0)
         err = strerror(e);
     return e == 0;
+}
+
+int RemoveStrayTemps(const std::string& path) {
+    std::string dir = DirOf(path);
+    std::string prefix = TempPrefix(path);
+    DIR* d = opendir(dir.c_str());
+    if (d == nullptr)
+        return 0;
+    int removed = 0;
+    while (dirent* e = readdir(d)) {
+        std::string name = e->d_name;
+        // mkstemp's six characters follow the prefix exactly.
+        if (name.size() != prefix.size() + 6 || name.compare(0, prefix.size(), prefix) != 0)
+            continue;
+        if (unlinkat(dirfd(d), name.c_str(), 0) == 0)
+            ++removed;
+    }
+    closedir(d);
+    return removed;
 }
 
 }  // namespace nvagent

@@ -2,6 +2,7 @@
 #include "agent/journal.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -49,6 +50,29 @@ void AppendJsonString(std::string& out, const char* s) {
     out.push_back('"');
 }
 
+// The user of a password request "USER PW PW2": its first token, and only
+// when the payload has the three tokens, so that a malformed request (a
+// password typed alone, say) never has a secret taken for a user name.
+std::string PasswordUser(const char* payload, size_t n) {
+    std::string text(payload, n);
+    std::string tokens[3];
+    size_t count = 0;
+    size_t at = 0;
+    while (at < text.size()) {
+        size_t start = text.find_first_not_of(" \t", at);
+        if (start == std::string::npos)
+            break;
+        size_t end = text.find_first_of(" \t", start);
+        if (end == std::string::npos)
+            end = text.size();
+        if (count == 3)
+            return "";
+        tokens[count++] = text.substr(start, end - start);
+        at = end;
+    }
+    return count == 3 && tokens[0].size() <= 64 ? tokens[0] : "";
+}
+
 void WriteWhole(int fd, const char* p, size_t n) {
     while (n > 0) {
         ssize_t w = write(fd, p, n);
@@ -69,7 +93,7 @@ Journal::~Journal() {
         close(m_fd);
 }
 
-bool Journal::Open(const std::string& path, std::string& err) {
+bool Journal::Open(const std::string& path, std::string& err, size_t maxBytes) {
     int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     if (fd < 0) {
         err = "cannot open journal " + path + ": " + strerror(errno);
@@ -77,8 +101,62 @@ bool Journal::Open(const std::string& path, std::string& err) {
     }
     if (m_fd >= 0)
         close(m_fd);
+    struct stat sb;
+    bool regular = fstat(fd, &sb) == 0 && S_ISREG(sb.st_mode);
+    m_size = regular ? static_cast<size_t>(sb.st_size) : 0;
+    m_rotates = regular;
     m_fd = fd;
+    m_path = path;
+    m_maxBytes = maxBytes;
     return true;
+}
+
+void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int result,
+                         const char* note) {
+    bool password = cmd == kPasswordCmd;
+    size_t shown = password ? 0 : (payloadLen < kJournalHexBytes ? payloadLen : kJournalHexBytes);
+    m_line.clear();
+    m_line.append("{\"cmd\": ");
+    AppendInt(m_line, cmd);
+    m_line.append(", \"len\": ");
+    AppendInt(m_line, static_cast<long>(payloadLen));
+    m_line.append(", \"payload_hex\": \"");
+    AppendHex(m_line, payload, shown);
+    m_line.append("\", \"result\": ");
+    AppendInt(m_line, result);
+    if (password) {
+        std::string user = PasswordUser(payload, payloadLen);
+        m_line.append(", \"user\": ");
+        AppendJsonString(m_line, user.c_str());
+        if (note == nullptr)
+            note = result == 7 ? "password changed" : "password not changed";
+    } else if (shown < payloadLen) {
+        m_line.append(", \"hex_cut\": true");
+    }
+    if (note != nullptr) {
+        m_line.append(", \"note\": ");
+        AppendJsonString(m_line, note);
+    }
+    m_line.append("}\n");
+}
+
+// A line that would take the file past its limit goes to a fresh file; the
+// full one is kept as PATH.1. If the new file cannot be made, the old one is
+// reopened so that recording goes on. Only a regular file is rotated: a
+// journal on a device or a pipe is never renamed (renaming the null device
+// would leave a regular file in its place).
+void Journal::RotateIfFull() {
+    if (!m_rotates || m_size == 0 || m_size + m_line.size() <= m_maxBytes)
+        return;
+    std::string old = m_path + ".1";
+    if (rename(m_path.c_str(), old.c_str()) != 0)
+        return;
+    int fd = open(m_path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return;
+    close(m_fd);
+    m_fd = fd;
+    m_size = 0;
 }
 
 void Journal::Record(int cmd, const char* payload, size_t payloadLen, int result,
@@ -86,21 +164,10 @@ void Journal::Record(int cmd, const char* payload, size_t payloadLen, int result
     if (m_fd < 0)
         return;
     std::lock_guard<std::mutex> lock(m_mutex);
-    m_line.clear();
-    m_line.append("{\"cmd\": ");
-    AppendInt(m_line, cmd);
-    m_line.append(", \"len\": ");
-    AppendInt(m_line, static_cast<long>(payloadLen));
-    m_line.append(", \"payload_hex\": \"");
-    AppendHex(m_line, payload, payloadLen);
-    m_line.append("\", \"result\": ");
-    AppendInt(m_line, result);
-    if (note != nullptr) {
-        m_line.append(", \"note\": ");
-        AppendJsonString(m_line, note);
-    }
-    m_line.append("}\n");
+    FormatLine(cmd, payload, payloadLen, result, note);
+    RotateIfFull();
     WriteWhole(m_fd, m_line.data(), m_line.size());
+    m_size += m_line.size();
 }
 
 }  // namespace nvagent

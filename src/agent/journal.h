@@ -8,8 +8,18 @@
 // number of payload bytes received, the 6 header bytes not counted (for a
 // complete request this is the packet length minus 6); payload_hex is those
 // bytes as lowercase hex; result is the EM_RET code answered, or the code
-// recorded for a request that got no answer. Requests that did not complete
-// normally carry one more key, "note", with a short reason.
+// recorded for a request that got no answer. Optional keys follow, in this
+// order, only when they apply:
+//   "user": for the password command (56) the user named in the request; its
+//     payload_hex is then always empty, so no password ever reaches the file,
+//     and "note" says whether the password was changed;
+//   "hex_cut": true when payload_hex holds only the first kJournalHexBytes
+//     bytes of a longer payload;
+//   "note": a short reason for a request that did not complete normally.
+//
+// The journal is bounded: when a line would take the file past its size
+// limit, the file is renamed to PATH.1 (replacing an older PATH.1) and a new
+// one is started, so the two together never exceed twice the limit.
 #ifndef NV_AGENT_JOURNAL_H
 #define NV_AGENT_JOURNAL_H
 
@@ -18,6 +28,13 @@
 #include <string>
 
 namespace nvagent {
+
+// Payload bytes shown in one line at most, so that a line stays short.
+constexpr size_t kJournalHexBytes = 1024;
+// Default size limit of the journal file.
+constexpr size_t kJournalDefaultMaxBytes = 8u << 20;
+// The command that carries a password.
+constexpr int kPasswordCmd = 56;
 
 class Journal {
 public:
@@ -28,7 +45,7 @@ public:
 
     // Opens path for appending, creating it with mode 0600. On failure returns
     // false and a message in err.
-    bool Open(const std::string& path, std::string& err);
+    bool Open(const std::string& path, std::string& err, size_t maxBytes = kJournalDefaultMaxBytes);
     bool IsOpen() const { return m_fd >= 0; }
 
     // Appends one line with a single write(); lines from concurrent callers
@@ -37,6 +54,13 @@ public:
                 const char* note = nullptr);
 
 private:
+    void FormatLine(int cmd, const char* payload, size_t payloadLen, int result, const char* note);
+    void RotateIfFull();
+
+    std::string m_path;
+    size_t m_maxBytes = kJournalDefaultMaxBytes;
+    size_t m_size = 0;
+    bool m_rotates = false;  // a regular file, which may be renamed when full
     int m_fd = -1;
     std::mutex m_mutex;
     std::string m_line;  // reused under m_mutex so that a line costs no allocation

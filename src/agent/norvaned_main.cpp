@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "agent/atomic_file.h"
 #include "agent/journal.h"
 #include "agent/live/live_backend.h"
 #include "agent/norvaned_options.h"
@@ -83,6 +84,17 @@ bool Daemonize(std::string& err) {
 int Run(const nvagent::NorvanedOptions& opts) {
     sigset_t stopSignals = BlockStopSignals();
     std::string err;
+    // Temporary files of an atomic write that a crash left behind.
+    std::string saved = opts.sBackend == "system" ? Absolute(opts.sDataDir) + "/settings.json"
+                                                  : Absolute(opts.sStatePath);
+    if (!saved.empty()) {
+        int removed = nvagent::RemoveStrayTemps(saved);
+        if (removed > 0)
+            fprintf(stderr,
+                    "norvaned: removed %d temporary file(s) left by an earlier run
+                    ",
+                    removed);
+    }
     std::unique_ptr<nvagent::Backend> backend;
     if (opts.sBackend == "system") {
         nvagent::LiveOptions live;
@@ -95,7 +107,7 @@ int Run(const nvagent::NorvanedOptions& opts) {
     if (!backend)
         return Fail(err, 1);
     nvagent::Journal journal;
-    if (!opts.sJournalPath.empty() && !journal.Open(opts.sJournalPath, err))
+    if (!opts.sJournalPath.empty() && !journal.Open(opts.sJournalPath, err, opts.journalMaxBytes))
         return Fail(err, 1);
     nvagent::ServerOptions serverOpts;
     serverOpts.sSocketPath = Absolute(opts.sSocketPath);

@@ -3,6 +3,7 @@
 
 #include <getopt.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -15,6 +16,7 @@ enum OptionId {
     kBackend,
     kState,
     kJournal,
+    kJournalMax,
     kForeground,
     kHelp,
     kDataDir,
@@ -29,6 +31,7 @@ const option kLongOptions[] = {
     {"backend", required_argument, nullptr, kBackend},
     {"state", required_argument, nullptr, kState},
     {"journal", required_argument, nullptr, kJournal},
+    {"journal-max", required_argument, nullptr, kJournalMax},
     {"foreground", no_argument, nullptr, kForeground},
     {"help", no_argument, nullptr, kHelp},
     {"data-dir", required_argument, nullptr, kDataDir},
@@ -57,6 +60,17 @@ bool ParseInterval(const char* text, int& ms) {
     return true;
 }
 
+// A whole number of bytes, at least 4096 so that a line always fits.
+bool ParseJournalMax(const char* text, size_t& bytes) {
+    char* end = nullptr;
+    errno = 0;
+    unsigned long long v = strtoull(text, &end, 10);
+    if (*text < '0' || *text > '9' || *end != '\0' || errno != 0 || v < 4096 || v > (1ull << 40))
+        return false;
+    bytes = static_cast<size_t>(v);
+    return true;
+}
+
 bool Apply(int id, NorvanedOptions& opts, std::string& err) {
     switch (id) {
         case kSocket:
@@ -71,6 +85,8 @@ bool Apply(int id, NorvanedOptions& opts, std::string& err) {
         case kJournal:
             opts.sJournalPath = optarg;
             return true;
+        case kJournalMax:
+            return ParseJournalMax(optarg, opts.journalMaxBytes);
         case kForeground:
             opts.bForeground = true;
             return true;
@@ -104,7 +120,8 @@ bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::str
             return false;
         }
         if (!Apply(id, opts, err)) {
-            err = "unknown option " + Offending(argc, argv, false);
+            err = id == kJournalMax ? "--journal-max needs a number of bytes from 4096 to 2^40"
+                                    : "unknown option " + Offending(argc, argv, false);
             return false;
         }
         if (!err.empty())
@@ -144,6 +161,8 @@ const char* NorvanedUsage() {
            "                  the system backend's monitors sample every N ms\n"
            "                  instead of their own intervals (for tests)\n"
            "  --journal FILE  append one JSON line per request received to FILE\n"
+           "  --journal-max BYTES  start a new journal when it would pass BYTES, keeping\n"
+           "                  the previous one as FILE.1 (default 8 MiB)\n"
            "  --foreground    stay attached to the terminal instead of detaching\n"
            "  --help          show this text and exit\n"
            "\n"

@@ -2,6 +2,7 @@
 #ifndef NV_AGENT_NORVANED_OPTIONS_H
 #define NV_AGENT_NORVANED_OPTIONS_H
 
+#include <cstddef>
 #include <string>
 
 namespace nvagent {
@@ -12,7 +13,8 @@ struct NorvanedOptions {
     std::string sStatePath;                 // empty: the state is kept in memory only
     std::string sDataDir = "/etc/norvane";  // the live backend's own settings
     std::string sJournalPath;               // empty: no journal
-    int iMonitorIntervalMs = 0;             // above 0: every monitor samples this often
+    size_t journalMaxBytes = 8u << 20;
+    int iMonitorIntervalMs = 0;  // above 0: every monitor samples this often
     bool bForeground = false;
     bool bHelp = false;
 };

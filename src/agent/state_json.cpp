@@ -1,47 +1,47 @@
-// Field tables of the reported-state records and the JSON conversion of the
-// whole state built on them.
+// The JSON field tables of the reported-state records, built by walking the
+// records' one field list, and the JSON conversion of the whole state.
 #include "agent/state_json.h"
 
 #include <algorithm>
+
+#include "wire/record_fields.h"
 
 namespace nvagent {
 
 namespace {
 
-const FieldTable<cDiskVolume>& DiskVolumeFields() {
-    static const FieldTable<cDiskVolume> t = {
-        CharArray("szPart", &cDiskVolume::szPart),
-        Whole("iCeil", &cDiskVolume::iCeil),
-        Whole("iFloor", &cDiskVolume::iFloor),
-        Whole("iItv", &cDiskVolume::iItv),
-    };
-    return t;
-}
+template <class Rec>
+const FieldTable<Rec>& TableOf();
 
-const FieldTable<cBakForSize>& BakForSizeFields() {
-    static const FieldTable<cBakForSize> t = {
-        CharArray("szFileName", &cBakForSize::szFileName),
-        CharArray("szBakDir", &cBakForSize::szBakDir),
-        Whole("iKilobyte", &cBakForSize::iKilobyte),
-    };
-    return t;
-}
+// Turns the walk of a record's field list into its JSON field table.
+template <class Rec>
+struct TableBuilder {
+    FieldTable<Rec>& t;
+    void Flag(const char* key, char Rec::*m) { t.push_back(nvagent::Flag(key, m)); }
+    template <class T>
+    void Num(const char* key, T Rec::*m) {
+        t.push_back(Whole(key, m));
+    }
+    void Text(const char* key, std::string Rec::*m) { t.push_back(nvagent::Text(key, m)); }
+    template <size_t N>
+    void Text(const char* key, char (Rec::*m)[N]) {
+        t.push_back(CharArray(key, m));
+    }
+    void List(const char* key, tVecStr Rec::*m) { t.push_back(TextList(key, m)); }
+    template <class E>
+    void List(const char* key, std::vector<E> Rec::*m) {
+        t.push_back(RecordList(key, m, TableOf<E>));
+    }
+};
 
-const FieldTable<cTcpListen>& TcpListenFields() {
-    static const FieldTable<cTcpListen> t = {
-        CharArray("szListenAddr", &cTcpListen::szListenAddr),
-        Whole("iPid", &cTcpListen::iPid),
-        CharArray("szProgramName", &cTcpListen::szProgramName),
-    };
-    return t;
-}
-
-const FieldTable<cDiskInfo>& DiskInfoFields() {
-    static const FieldTable<cDiskInfo> t = {
-        CharArray("szPart", &cDiskInfo::szPart),     CharArray("szFS", &cDiskInfo::szFS),
-        Whole("iSizeTotal", &cDiskInfo::iSizeTotal), Whole("iUsed", &cDiskInfo::iUsed),
-        Whole("iAvailable", &cDiskInfo::iAvailable), CharArray("szMountOn", &cDiskInfo::szMountOn),
-    };
+template <class Rec>
+const FieldTable<Rec>& TableOf() {
+    static const FieldTable<Rec> t = [] {
+        FieldTable<Rec> built;
+        TableBuilder<Rec> b{built};
+        nvwire::RecordFields<Rec>::Walk(b);
+        return built;
+    }();
     return t;
 }
 
@@ -49,67 +49,11 @@ using C = cConf_Inf;
 using S = cSvrState;
 
 const FieldTable<C>& ConfFields() {
-    static const FieldTable<C> t = {
-        Flag("chIcmpEchoIgnoreAll", &C::chIcmpEchoIgnoreAll),
-        Flag("chTcpSyncookies", &C::chTcpSyncookies),
-        Flag("chTcpTwReuse", &C::chTcpTwReuse),
-        Whole("ulShmMax", &C::ulShmMax),
-        Whole("ulShmAll", &C::ulShmAll),
-        Whole("ulShmMni", &C::ulShmMni),
-        Whole("ulThreadMax", &C::ulThreadMax),
-        Whole("ulFileMax", &C::ulFileMax),
-        TextList("vFileMonitList", &C::vFileMonitList),
-        Flag("chFileMonitFlag", &C::chFileMonitFlag),
-        TextList("vProcessMonitList", &C::vProcessMonitList),
-        Flag("chProcessMonitFlag", &C::chProcessMonitFlag),
-        Whole("shCpuCeil", &C::shCpuCeil),
-        Whole("shCpuFloor", &C::shCpuFloor),
-        Flag("chCpuMonitFlag", &C::chCpuMonitFlag),
-        Whole("iMemCeil", &C::iMemCeil),
-        Flag("chMemMonitFlag", &C::chMemMonitFlag),
-        RecordList("vDV", &C::vDV, DiskVolumeFields),
-        TextList("vsDV", &C::vsDV),
-        Flag("chDVMonitFlag", &C::chDVMonitFlag),
-        RecordList("vBakForSize", &C::vBakForSize, BakForSizeFields),
-        TextList("vsBakForSize", &C::vsBakForSize),
-        Flag("chBakForSizeFlag", &C::chBakForSizeFlag),
-        Flag("chVsftpdAnonEnable", &C::chVsftpdAnonEnable),
-        Flag("chVsftpdAnonUpload", &C::chVsftpdAnonUpload),
-        Flag("chVsftpdAnonMkdir", &C::chVsftpdAnonMkdir),
-        Text("sVsftpdAnonRoot", &C::sVsftpdAnonRoot),
-        Flag("chVsftpdLocalEnable", &C::chVsftpdLocalEnable),
-        Flag("chVsftpdWrite", &C::chVsftpdWrite),
-        Flag("chVsftpdRunFlag", &C::chVsftpdRunFlag),
-        Text("sSambaSharePath", &C::sSambaSharePath),
-        Flag("chSambaShareWrite", &C::chSambaShareWrite),
-        Flag("chSambaRunFlag", &C::chSambaRunFlag),
-        Whole("chOSReleaseVersion", &C::chOSReleaseVersion),
-        Whole("chLangCode", &C::chLangCode),
-        Whole("iSeqLinkRcInit", &C::iSeqLinkRcInit),
-        Text("sHostname", &C::sHostname),
-        Text("sNowDate", &C::sNowDate),
-        Text("sNowTime", &C::sNowTime),
-        Text("sVersion", &C::sVersion),
-    };
-    return t;
+    return TableOf<C>();
 }
 
 const FieldTable<S>& SvrFields() {
-    static const FieldTable<S> t = {
-        RecordList("vTcpListen", &S::vTcpListen, TcpListenFields),
-        TextList("vsTcpListenList", &S::vsTcpListenList),
-        Whole("iMemTotal", &S::iMemTotal),
-        Whole("iMemUse", &S::iMemUse),
-        Whole("iMemFree", &S::iMemFree),
-        RecordList("vDiskInfo", &S::vDiskInfo, DiskInfoFields),
-        TextList("vsDiskInfoList", &S::vsDiskInfoList),
-        TextList("vsIptablesInputList", &S::vsIptablesInputList),
-        Flag("chIptablesInputPolicy", &S::chIptablesInputPolicy),
-        TextList("vsIptablesOutputList", &S::vsIptablesOutputList),
-        Flag("chIptablesOutputPolicy", &S::chIptablesOutputPolicy),
-        TextList("vsIfconfigList", &S::vsIfconfigList),
-    };
-    return t;
+    return TableOf<S>();
 }
 
 }  // namespace

@@ -18,6 +18,21 @@ int SetErrMap(cGlobalVal* pObj);
 // Returns n, or -1 on an error.
 int Writen(int fd, const void* buf, unsigned n);
 
+// Creates a stream socket into fdConn and connects it to sSockName, waiting
+// at most g_iRequestTimeoutMs (a stopped agent or a full listen queue cannot
+// hold it longer). The limit started here also covers the RequestCmd that
+// follows on the same socket. A socket path that does not fit sun_path is
+// refused before any socket is made. On NV_CONNECT_FAILED fdConn stays open.
+enum EN_CONNECT_RESULT {
+    NV_CONNECT_OK = 0,
+    NV_CONNECT_NO_SOCKET,
+    NV_CONNECT_PATH_TOO_LONG,
+    NV_CONNECT_FAILED,
+};
+int ConnectAgentSocket(cGlobalVal* pObj);
+// True when path (without its NUL) fits the 108-byte sun_path with a NUL.
+bool SocketPathFits(const std::string& path);
+
 // How long RequestCmd waits for the agent at most, in milliseconds, for the
 // whole exchange. Tests may shorten it.
 extern int g_iRequestTimeoutMs;

@@ -1,5 +1,6 @@
 // RequestCmd: one request and its answer over the connected agent socket,
 // with a bounded wait, and the decoding of a check answer into the record.
+#include <malloc.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "cmdclient/cmd_client.h"
+#include "cmdclient/request_clock.h"
 #include "link/result_codes.h"
 #include "wire/wire.h"
 
@@ -162,16 +164,38 @@ int RecvAnswer(cGlobalVal* p, Exchange& ex, const char*& pkt, size_t& len) {
     return em_OK;
 }
 
-// Decodes the state into scratch records first, so that a malformed answer
-// leaves the last good state in place.
+// A state decoded from a body up to this size is kept, once replaced, as the
+// scratch records of the next check (its strings and vectors keep their
+// capacity, so a check of the same state allocates almost nothing). A larger
+// one, and whatever a failed decode built, is freed at once and the freed
+// memory handed back to the system, so what stays besides the live state is
+// bounded whatever an answer held.
+const size_t kReuseScratchBody = 4u << 20;
+
+cConf_Inf s_scratchConf;
+cSvrState s_scratchSvr;
+size_t s_liveBodyLen = 0;  // the body the record's current state came from
+
+void FreeScratch() {
+    s_scratchConf = cConf_Inf();
+    s_scratchSvr = cSvrState();
+    malloc_trim(0);
+}
+
+// Decodes into the scratch records first, so that a malformed answer leaves
+// the last good state in place.
 int LoadState(cGlobalVal* p, const nvwire::AnswerView& a) {
-    static cConf_Inf s_conf;
-    static cSvrState s_svr;
-    int rc = nvwire::DecodeStateBody(a.body, a.bodyLen, s_conf, s_svr);
-    if (rc != em_OK)
+    int rc = nvwire::DecodeStateBody(a.body, a.bodyLen, s_scratchConf, s_scratchSvr);
+    if (rc != em_OK) {
+        FreeScratch();
         return rc;
-    std::swap(p->objCif, s_conf);
-    std::swap(p->objSS, s_svr);
+    }
+    std::swap(p->objCif, s_scratchConf);
+    std::swap(p->objSS, s_scratchSvr);
+    size_t replacedBodyLen = s_liveBodyLen;
+    s_liveBodyLen = a.bodyLen;
+    if (replacedBodyLen >= kReuseScratchBody)
+        FreeScratch();
     return em_OK;
 }
 
@@ -212,7 +236,7 @@ int Converse(cGlobalVal* p, Exchange& ex) {
 int RequestCmd(cGlobalVal* pObj) {
     Exchange ex;
     ex.fd = pObj->fdConn;
-    ex.deadline = Clock::now() + std::chrono::milliseconds(g_iRequestTimeoutMs);
+    ex.deadline = nvclient::TakeRequestDeadline(pObj->fdConn);
     pObj->iLenRecved = 0;
     pObj->sReqRetInfo.clear();
     int rc = Converse(pObj, ex);

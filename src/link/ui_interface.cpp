@@ -3,7 +3,6 @@
 #include "link/ui_interface.h"
 
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -31,26 +30,26 @@ void ApplyLinkEnvironment() {
 }
 
 int ConnectAgent(const char* pcCaller) {
-    struct sockaddr_un stAddr;
-    memset(&stAddr, 0, sizeof(stAddr));
     if (gs_bFailedConnOpen) {
         close(pg_Obj->fdConn);
         gs_bFailedConnOpen = false;
     }
-    pg_Obj->fdConn = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (pg_Obj->fdConn < 0) {
-        NV_XERR_IN(pcCaller, "socket error");
-        return -1;
+    switch (ConnectAgentSocket(pg_Obj)) {
+        case NV_CONNECT_OK:
+            return 0;
+        case NV_CONNECT_NO_SOCKET:
+            NV_XERR_IN(pcCaller, "socket error");
+            return -1;
+        case NV_CONNECT_PATH_TOO_LONG:
+            NV_XERR_IN(pcCaller,
+                       "socket path of %zu bytes does not fit sun_path (at most %zu): refused",
+                       pg_Obj->sSockName.size(), sizeof(sockaddr_un{}.sun_path) - 1);
+            return ERR_CONNECT_FAILED;
+        default:
+            NV_XERR_IN(pcCaller, "connect error");
+            gs_bFailedConnOpen = true;
+            return ERR_CONNECT_FAILED;
     }
-    stAddr.sun_family = AF_UNIX;
-    snprintf(stAddr.sun_path, sizeof(stAddr.sun_path), "%s", pg_Obj->sSockName.c_str());
-    socklen_t iAddrLen = static_cast<socklen_t>(strlen(stAddr.sun_path) + 2);
-    if (connect(pg_Obj->fdConn, reinterpret_cast<struct sockaddr*>(&stAddr), iAddrLen) < 0) {
-        NV_XERR_IN(pcCaller, "connect error");
-        gs_bFailedConnOpen = true;
-        return ERR_CONNECT_FAILED;
-    }
-    return 0;
 }
 
 int UI_InitInterface(int* piLanguageCode, std::string& version) {

@@ -4,8 +4,16 @@
 #include <cstring>
 
 #include "link/result_codes.h"
+#include "wire/record_fields.h"
 
 namespace nvwire {
+
+#define NV_TRY(expr)         \
+    do {                     \
+        int nv_rc_ = (expr); \
+        if (nv_rc_ != em_OK) \
+            return nv_rc_;   \
+    } while (0)
 
 void Writer::Put16(uint16_t v) {
     char b[2] = {static_cast<char>(v & 0xff), static_cast<char>(v >> 8)};
@@ -103,283 +111,259 @@ int Reader::GetCharArray(char* dst, size_t cap) {
     return em_OK;
 }
 
-// ---- field helpers: one Put/Get pair per field type ----
+// ---- values by type: the encoding of a field follows from its C++ type ----
 
-static void PutChar(Writer& w, char c) {
-    w.Put8(static_cast<uint8_t>(c));
+static void PutValue(Writer& w, char v) {
+    w.Put8(static_cast<uint8_t>(v));
 }
-static void PutInt(Writer& w, int v) {
-    w.Put32(static_cast<uint32_t>(v));
-}
-static void PutShort(Writer& w, short v) {
+static void PutValue(Writer& w, short v) {
     w.Put16(static_cast<uint16_t>(v));
 }
-static void PutULong(Writer& w, unsigned long v) {
+static void PutValue(Writer& w, int v) {
+    w.Put32(static_cast<uint32_t>(v));
+}
+static void PutValue(Writer& w, unsigned long v) {
     w.Put64(v);
 }
-static void PutCStr(Writer& w, const char* s, size_t cap) {
-    w.PutStr(s, strnlen(s, cap));
+static void PutValue(Writer& w, const std::string& v) {
+    w.PutStr(v);
+}
+template <size_t N>
+static void PutValue(Writer& w, const char (&v)[N]) {
+    w.PutStr(v, strnlen(v, N));
 }
 
-static void PutVecStr(Writer& w, const tVecStr& v) {
-    w.Put32(static_cast<uint32_t>(v.size()));
-    for (const std::string& s : v)
-        w.PutStr(s);
+// The smallest encoding of each value type: fixed widths, and a length or a
+// count of four bytes for texts and lists.
+template <class T>
+struct WireMin {
+    static constexpr size_t value = 4;
+};
+template <>
+struct WireMin<char> {
+    static constexpr size_t value = 1;
+};
+template <>
+struct WireMin<short> {
+    static constexpr size_t value = 2;
+};
+template <>
+struct WireMin<int> {
+    static constexpr size_t value = 4;
+};
+template <>
+struct WireMin<unsigned long> {
+    static constexpr size_t value = 8;
+};
+
+// Sums the smallest encodings of a record's fields.
+template <class Rec>
+struct MinSizeWalk {
+    size_t total = 0;
+    template <class T>
+    void Flag(const char*, T Rec::*) {
+        total += WireMin<T>::value;
+    }
+    template <class T>
+    void Num(const char*, T Rec::*) {
+        total += WireMin<T>::value;
+    }
+    template <class T>
+    void Text(const char*, T Rec::*) {
+        total += 4;
+    }
+    template <class T>
+    void List(const char*, T Rec::*) {
+        total += 4;
+    }
+};
+
+template <class Rec>
+size_t MinEncodedLen() {
+    static const size_t len = [] {
+        MinSizeWalk<Rec> m;
+        RecordFields<Rec>::Walk(m);
+        return m.total;
+    }();
+    return len;
 }
 
-static int GetChar(Reader& r, char& c) {
-    uint8_t v = 0;
-    int rc = r.Get8(v);
-    c = static_cast<char>(v);
+template size_t MinEncodedLen<cDiskVolume>();
+template size_t MinEncodedLen<cBakForSize>();
+template size_t MinEncodedLen<cTcpListen>();
+template size_t MinEncodedLen<cDiskInfo>();
+template size_t MinEncodedLen<cConf_Inf>();
+template size_t MinEncodedLen<cSvrState>();
+
+template <class Rec>
+static void EncodeRecord(Writer& w, const Rec& r);
+
+template <class Rec>
+struct EncodeWalk {
+    Writer& w;
+    const Rec& r;
+    template <class T>
+    void Flag(const char*, T Rec::*m) {
+        PutValue(w, r.*m);
+    }
+    template <class T>
+    void Num(const char*, T Rec::*m) {
+        PutValue(w, r.*m);
+    }
+    template <class T>
+    void Text(const char*, T Rec::*m) {
+        PutValue(w, r.*m);
+    }
+    void List(const char*, tVecStr Rec::*m) {
+        w.Put32(static_cast<uint32_t>((r.*m).size()));
+        for (const std::string& s : r.*m)
+            w.PutStr(s);
+    }
+    template <class E>
+    void List(const char*, std::vector<E> Rec::*m) {
+        w.Put32(static_cast<uint32_t>((r.*m).size()));
+        for (const E& e : r.*m)
+            EncodeRecord(w, e);
+    }
+};
+
+template <class Rec>
+static void EncodeRecord(Writer& w, const Rec& r) {
+    EncodeWalk<Rec> e{w, r};
+    RecordFields<Rec>::Walk(e);
+}
+
+void EncodeConf(Writer& w, const cConf_Inf& c) {
+    EncodeRecord(w, c);
+}
+
+void EncodeSvr(Writer& w, const cSvrState& s) {
+    EncodeRecord(w, s);
+}
+
+// ---- decoding, within a memory budget ----
+
+static int GetValue(Reader& r, DecodeBudget&, char& v) {
+    uint8_t u = 0;
+    int rc = r.Get8(u);
+    v = static_cast<char>(u);
     return rc;
 }
-
-static int GetInt(Reader& r, int& i) {
-    uint32_t v = 0;
-    int rc = r.Get32(v);
-    i = static_cast<int>(v);
+static int GetValue(Reader& r, DecodeBudget&, short& v) {
+    uint16_t u = 0;
+    int rc = r.Get16(u);
+    v = static_cast<short>(u);
     return rc;
 }
-
-static int GetShort(Reader& r, short& sh) {
-    uint16_t v = 0;
-    int rc = r.Get16(v);
-    sh = static_cast<short>(v);
+static int GetValue(Reader& r, DecodeBudget&, int& v) {
+    uint32_t u = 0;
+    int rc = r.Get32(u);
+    v = static_cast<int>(u);
     return rc;
 }
-
-static int GetULong(Reader& r, unsigned long& ul) {
-    uint64_t v = 0;
-    int rc = r.Get64(v);
-    ul = static_cast<unsigned long>(v);
+static int GetValue(Reader& r, DecodeBudget&, unsigned long& v) {
+    uint64_t u = 0;
+    int rc = r.Get64(u);
+    v = static_cast<unsigned long>(u);
     return rc;
 }
+template <size_t N>
+static int GetValue(Reader& r, DecodeBudget&, char (&v)[N]) {
+    return r.GetCharArray(v, N);
+}
 
-// A vector count can never exceed the bytes left, since every element takes
-// at least one byte (four for a string): refusing early bounds the allocation.
-static int GetCount(Reader& r, uint32_t& n, size_t minElemLen) {
+// A text longer than the small-string buffer costs a heap block: its bytes,
+// the terminator and the allocator's own overhead.
+static size_t StringHeapCost(size_t len) {
+    return len < sizeof(std::string) / 2 ? 0 : len + 1 + 16;
+}
+
+static int GetValue(Reader& r, DecodeBudget& b, std::string& v) {
+    if (r.Left() < 4)
+        return em_GetStrReadBuffNotEnough;
+    uint32_t n = 0;
+    r.Get32(n);
+    if (n > r.Left())
+        return em_GetStrReadBuffNotEnough;
+    if (!b.Charge(StringHeapCost(n)))
+        return em_GetStrWriteBuffNotEnough;
+    r.Rewind(4);
+    return r.GetStr(v);
+}
+
+// A list count is checked before anything is allocated: against the bytes
+// left (every element takes at least its smallest encoding), against the cap
+// on list lengths, and against the memory budget.
+static int GetCount(Reader& r, DecodeBudget& b, size_t minElemLen, size_t elemSize, uint32_t& n) {
     if (r.Get32(n) != em_OK)
         return em_GetStrReadBuffNotEnough;
     if (static_cast<uint64_t>(n) * minElemLen > r.Left())
         return em_GetStrReadBuffNotEnough;
+    if (n > kMaxListLen)
+        return em_GetStrWriteBuffNotEnough;
+    if (!b.Charge(static_cast<size_t>(n) * elemSize))
+        return em_GetStrWriteBuffNotEnough;
     return em_OK;
 }
 
-static int GetVecStr(Reader& r, tVecStr& v) {
-    uint32_t n = 0;
-    int rc = GetCount(r, n, 4);
-    if (rc != em_OK)
-        return rc;
-    v.resize(n);
-    for (uint32_t i = 0; i < n; ++i) {
-        if ((rc = r.GetStr(v[i])) != em_OK)
-            return rc;
+template <class Rec>
+static int DecodeRecord(Reader& r, DecodeBudget& b, Rec& rec);
+
+template <class Rec>
+struct DecodeWalk {
+    Reader& r;
+    DecodeBudget& b;
+    Rec& rec;
+    int rc;
+    template <class T>
+    void Flag(const char*, T Rec::*m) {
+        if (rc == em_OK)
+            rc = GetValue(r, b, rec.*m);
     }
-    return em_OK;
-}
-
-template <typename T, typename EncFn>
-static void PutVec(Writer& w, const std::vector<T>& v, EncFn enc) {
-    w.Put32(static_cast<uint32_t>(v.size()));
-    for (const T& e : v)
-        enc(w, e);
-}
-
-template <typename T, typename DecFn>
-static int GetVec(Reader& r, std::vector<T>& v, size_t minElemLen, DecFn dec) {
-    uint32_t n = 0;
-    int rc = GetCount(r, n, minElemLen);
-    if (rc != em_OK)
-        return rc;
-    v.resize(n);
-    for (uint32_t i = 0; i < n; ++i) {
-        if ((rc = dec(r, v[i])) != em_OK)
-            return rc;
+    template <class T>
+    void Num(const char*, T Rec::*m) {
+        if (rc == em_OK)
+            rc = GetValue(r, b, rec.*m);
     }
-    return em_OK;
-}
+    template <class T>
+    void Text(const char*, T Rec::*m) {
+        if (rc == em_OK)
+            rc = GetValue(r, b, rec.*m);
+    }
+    void List(const char*, tVecStr Rec::*m) {
+        uint32_t n = 0;
+        if (rc != em_OK || (rc = GetCount(r, b, 4, sizeof(std::string), n)) != em_OK)
+            return;
+        (rec.*m).resize(n);
+        for (uint32_t i = 0; i < n && rc == em_OK; ++i)
+            rc = GetValue(r, b, (rec.*m)[i]);
+    }
+    template <class E>
+    void List(const char*, std::vector<E> Rec::*m) {
+        uint32_t n = 0;
+        if (rc != em_OK || (rc = GetCount(r, b, MinEncodedLen<E>(), sizeof(E), n)) != em_OK)
+            return;
+        (rec.*m).resize(n);
+        for (uint32_t i = 0; i < n && rc == em_OK; ++i)
+            rc = DecodeRecord(r, b, (rec.*m)[i]);
+    }
+};
 
-#define NV_TRY(expr)         \
-    do {                     \
-        int nv_rc_ = (expr); \
-        if (nv_rc_ != em_OK) \
-            return nv_rc_;   \
-    } while (0)
-
-// ---- element records ----
-
-static void PutDiskVolume(Writer& w, const cDiskVolume& d) {
-    PutCStr(w, d.szPart, sizeof d.szPart);
-    PutInt(w, d.iCeil);
-    PutInt(w, d.iFloor);
-    PutInt(w, d.iItv);
-}
-
-static int GetDiskVolume(Reader& r, cDiskVolume& d) {
-    NV_TRY(r.GetCharArray(d.szPart, sizeof d.szPart));
-    NV_TRY(GetInt(r, d.iCeil));
-    NV_TRY(GetInt(r, d.iFloor));
-    return GetInt(r, d.iItv);
-}
-
-static void PutBakForSize(Writer& w, const cBakForSize& b) {
-    PutCStr(w, b.szFileName, sizeof b.szFileName);
-    PutCStr(w, b.szBakDir, sizeof b.szBakDir);
-    PutInt(w, b.iKilobyte);
-}
-
-static int GetBakForSize(Reader& r, cBakForSize& b) {
-    NV_TRY(r.GetCharArray(b.szFileName, sizeof b.szFileName));
-    NV_TRY(r.GetCharArray(b.szBakDir, sizeof b.szBakDir));
-    return GetInt(r, b.iKilobyte);
-}
-
-static void PutTcpListen(Writer& w, const cTcpListen& t) {
-    PutCStr(w, t.szListenAddr, sizeof t.szListenAddr);
-    PutInt(w, t.iPid);
-    PutCStr(w, t.szProgramName, sizeof t.szProgramName);
-}
-
-static int GetTcpListen(Reader& r, cTcpListen& t) {
-    NV_TRY(r.GetCharArray(t.szListenAddr, sizeof t.szListenAddr));
-    NV_TRY(GetInt(r, t.iPid));
-    return r.GetCharArray(t.szProgramName, sizeof t.szProgramName);
-}
-
-static void PutDiskInfo(Writer& w, const cDiskInfo& d) {
-    PutCStr(w, d.szPart, sizeof d.szPart);
-    PutCStr(w, d.szFS, sizeof d.szFS);
-    PutInt(w, d.iSizeTotal);
-    PutInt(w, d.iUsed);
-    PutInt(w, d.iAvailable);
-    PutCStr(w, d.szMountOn, sizeof d.szMountOn);
-}
-
-static int GetDiskInfo(Reader& r, cDiskInfo& d) {
-    NV_TRY(r.GetCharArray(d.szPart, sizeof d.szPart));
-    NV_TRY(r.GetCharArray(d.szFS, sizeof d.szFS));
-    NV_TRY(GetInt(r, d.iSizeTotal));
-    NV_TRY(GetInt(r, d.iUsed));
-    NV_TRY(GetInt(r, d.iAvailable));
-    return r.GetCharArray(d.szMountOn, sizeof d.szMountOn);
-}
-
-// ---- the two records, field by field in declaration order ----
-
-void EncodeConf(Writer& w, const cConf_Inf& c) {
-    PutChar(w, c.chIcmpEchoIgnoreAll);
-    PutChar(w, c.chTcpSyncookies);
-    PutChar(w, c.chTcpTwReuse);
-    PutULong(w, c.ulShmMax);
-    PutULong(w, c.ulShmAll);
-    PutULong(w, c.ulShmMni);
-    PutULong(w, c.ulThreadMax);
-    PutULong(w, c.ulFileMax);
-    PutVecStr(w, c.vFileMonitList);
-    PutChar(w, c.chFileMonitFlag);
-    PutVecStr(w, c.vProcessMonitList);
-    PutChar(w, c.chProcessMonitFlag);
-    PutShort(w, c.shCpuCeil);
-    PutShort(w, c.shCpuFloor);
-    PutChar(w, c.chCpuMonitFlag);
-    PutInt(w, c.iMemCeil);
-    PutChar(w, c.chMemMonitFlag);
-    PutVec(w, c.vDV, PutDiskVolume);
-    PutVecStr(w, c.vsDV);
-    PutChar(w, c.chDVMonitFlag);
-    PutVec(w, c.vBakForSize, PutBakForSize);
-    PutVecStr(w, c.vsBakForSize);
-    PutChar(w, c.chBakForSizeFlag);
-    PutChar(w, c.chVsftpdAnonEnable);
-    PutChar(w, c.chVsftpdAnonUpload);
-    PutChar(w, c.chVsftpdAnonMkdir);
-    w.PutStr(c.sVsftpdAnonRoot);
-    PutChar(w, c.chVsftpdLocalEnable);
-    PutChar(w, c.chVsftpdWrite);
-    PutChar(w, c.chVsftpdRunFlag);
-    w.PutStr(c.sSambaSharePath);
-    PutChar(w, c.chSambaShareWrite);
-    PutChar(w, c.chSambaRunFlag);
-    PutChar(w, c.chOSReleaseVersion);
-    PutChar(w, c.chLangCode);
-    PutInt(w, c.iSeqLinkRcInit);
-    w.PutStr(c.sHostname);
-    w.PutStr(c.sNowDate);
-    w.PutStr(c.sNowTime);
-    w.PutStr(c.sVersion);
+template <class Rec>
+static int DecodeRecord(Reader& r, DecodeBudget& b, Rec& rec) {
+    DecodeWalk<Rec> d{r, b, rec, em_OK};
+    RecordFields<Rec>::Walk(d);
+    return d.rc;
 }
 
 int DecodeConf(Reader& r, cConf_Inf& c) {
-    NV_TRY(GetChar(r, c.chIcmpEchoIgnoreAll));
-    NV_TRY(GetChar(r, c.chTcpSyncookies));
-    NV_TRY(GetChar(r, c.chTcpTwReuse));
-    NV_TRY(GetULong(r, c.ulShmMax));
-    NV_TRY(GetULong(r, c.ulShmAll));
-    NV_TRY(GetULong(r, c.ulShmMni));
-    NV_TRY(GetULong(r, c.ulThreadMax));
-    NV_TRY(GetULong(r, c.ulFileMax));
-    NV_TRY(GetVecStr(r, c.vFileMonitList));
-    NV_TRY(GetChar(r, c.chFileMonitFlag));
-    NV_TRY(GetVecStr(r, c.vProcessMonitList));
-    NV_TRY(GetChar(r, c.chProcessMonitFlag));
-    NV_TRY(GetShort(r, c.shCpuCeil));
-    NV_TRY(GetShort(r, c.shCpuFloor));
-    NV_TRY(GetChar(r, c.chCpuMonitFlag));
-    NV_TRY(GetInt(r, c.iMemCeil));
-    NV_TRY(GetChar(r, c.chMemMonitFlag));
-    NV_TRY(GetVec(r, c.vDV, 16, GetDiskVolume));
-    NV_TRY(GetVecStr(r, c.vsDV));
-    NV_TRY(GetChar(r, c.chDVMonitFlag));
-    NV_TRY(GetVec(r, c.vBakForSize, 12, GetBakForSize));
-    NV_TRY(GetVecStr(r, c.vsBakForSize));
-    NV_TRY(GetChar(r, c.chBakForSizeFlag));
-    NV_TRY(GetChar(r, c.chVsftpdAnonEnable));
-    NV_TRY(GetChar(r, c.chVsftpdAnonUpload));
-    NV_TRY(GetChar(r, c.chVsftpdAnonMkdir));
-    NV_TRY(r.GetStr(c.sVsftpdAnonRoot));
-    NV_TRY(GetChar(r, c.chVsftpdLocalEnable));
-    NV_TRY(GetChar(r, c.chVsftpdWrite));
-    NV_TRY(GetChar(r, c.chVsftpdRunFlag));
-    NV_TRY(r.GetStr(c.sSambaSharePath));
-    NV_TRY(GetChar(r, c.chSambaShareWrite));
-    NV_TRY(GetChar(r, c.chSambaRunFlag));
-    NV_TRY(GetChar(r, c.chOSReleaseVersion));
-    NV_TRY(GetChar(r, c.chLangCode));
-    NV_TRY(GetInt(r, c.iSeqLinkRcInit));
-    NV_TRY(r.GetStr(c.sHostname));
-    NV_TRY(r.GetStr(c.sNowDate));
-    NV_TRY(r.GetStr(c.sNowTime));
-    return r.GetStr(c.sVersion);
-}
-
-void EncodeSvr(Writer& w, const cSvrState& s) {
-    PutVec(w, s.vTcpListen, PutTcpListen);
-    PutVecStr(w, s.vsTcpListenList);
-    PutInt(w, s.iMemTotal);
-    PutInt(w, s.iMemUse);
-    PutInt(w, s.iMemFree);
-    PutVec(w, s.vDiskInfo, PutDiskInfo);
-    PutVecStr(w, s.vsDiskInfoList);
-    PutVecStr(w, s.vsIptablesInputList);
-    PutChar(w, s.chIptablesInputPolicy);
-    PutVecStr(w, s.vsIptablesOutputList);
-    PutChar(w, s.chIptablesOutputPolicy);
-    PutVecStr(w, s.vsIfconfigList);
+    DecodeBudget b(DecodeBudget::ForBody(r.Left()));
+    return DecodeRecord(r, b, c);
 }
 
 int DecodeSvr(Reader& r, cSvrState& s) {
-    NV_TRY(GetVec(r, s.vTcpListen, 12, GetTcpListen));
-    NV_TRY(GetVecStr(r, s.vsTcpListenList));
-    NV_TRY(GetInt(r, s.iMemTotal));
-    NV_TRY(GetInt(r, s.iMemUse));
-    NV_TRY(GetInt(r, s.iMemFree));
-    NV_TRY(GetVec(r, s.vDiskInfo, 28, GetDiskInfo));
-    NV_TRY(GetVecStr(r, s.vsDiskInfoList));
-    NV_TRY(GetVecStr(r, s.vsIptablesInputList));
-    NV_TRY(GetChar(r, s.chIptablesInputPolicy));
-    NV_TRY(GetVecStr(r, s.vsIptablesOutputList));
-    NV_TRY(GetChar(r, s.chIptablesOutputPolicy));
-    return GetVecStr(r, s.vsIfconfigList);
+    DecodeBudget b(DecodeBudget::ForBody(r.Left()));
+    return DecodeRecord(r, b, s);
 }
 
 // ---- framing ----
@@ -433,9 +417,14 @@ int ParseAnswer(const char* p, size_t n, AnswerView& a) {
     uint32_t result = 0;
     NV_TRY(r.Get16(cmd));
     NV_TRY(r.Get32(result));
-    NV_TRY(r.GetStr(a.detail));
-    if (a.detail.size() > kMaxDetailLen)
+    // The detail's length is checked before its bytes are copied.
+    uint32_t detailLen = 0;
+    if (r.Get32(detailLen) != em_OK)
+        return em_GetStrReadBuffNotEnough;
+    if (detailLen > kMaxDetailLen)
         return em_GetStrFromResPkgStrEndOutOfRange;
+    r.Rewind(4);
+    NV_TRY(r.GetStr(a.detail));
     a.cmd = static_cast<short>(cmd);
     a.result = static_cast<int>(result);
     a.bodyLen = r.Left();
@@ -445,8 +434,9 @@ int ParseAnswer(const char* p, size_t n, AnswerView& a) {
 
 int DecodeStateBody(const char* body, size_t n, cConf_Inf& c, cSvrState& s) {
     Reader r(body, n);
-    NV_TRY(DecodeConf(r, c));
-    NV_TRY(DecodeSvr(r, s));
+    DecodeBudget b(DecodeBudget::ForBody(n));
+    NV_TRY(DecodeRecord(r, b, c));
+    NV_TRY(DecodeRecord(r, b, s));
     return r.Left() == 0 ? em_OK : em_ParsePkgPkglenNotMatch;
 }
 

@@ -59,16 +59,57 @@ public:
     // is refused with em_GetStrWriteBuffNotEnough.
     int GetCharArray(char* dst, size_t cap);
     size_t Left() const { return m_left; }
+    // Steps back over n bytes just read.
+    void Rewind(size_t n) {
+        m_p -= n;
+        m_left += n;
+    }
 
 private:
     const char* m_p;
     size_t m_left;
 };
 
+// Longest list a check answer may carry: far above any real server's count
+// of rules, listeners, disks or monitored items, and low enough that a count
+// alone cannot make the decoder reserve much. A longer list is refused with
+// em_GetStrWriteBuffNotEnough.
+constexpr uint32_t kMaxListLen = 262144;
+
+// The memory a decode may take for the records it fills: three times the
+// body plus a fixed allowance, so that with the received packet itself the
+// peak stays within four times the packet plus that allowance whatever the
+// packet holds. Elements and long texts are charged as they are allocated;
+// a decode that would exceed its budget is refused with
+// em_GetStrWriteBuffNotEnough before the allocation.
+class DecodeBudget {
+public:
+    static constexpr size_t kAllowance = 16u << 20;
+    static size_t ForBody(size_t bodyLen) { return 3 * bodyLen + kAllowance; }
+    explicit DecodeBudget(size_t bytes) : m_left(bytes) {}
+    bool Charge(size_t n) {
+        if (n > m_left)
+            return false;
+        m_left -= n;
+        return true;
+    }
+    size_t Left() const { return m_left; }
+
+private:
+    size_t m_left;
+};
+
+// The smallest number of bytes one record of type Rec takes on the wire,
+// derived from its field list (cDiskVolume, cBakForSize, cTcpListen,
+// cDiskInfo, cConf_Inf, cSvrState).
+template <class Rec>
+size_t MinEncodedLen();
+
 void EncodeConf(Writer& w, const cConf_Inf& c);
 void EncodeSvr(Writer& w, const cSvrState& s);
-// Decode into the given records; on failure their content is unspecified, so
-// callers decode into scratch records and swap on success.
+// Decode into the given records, each with a budget of its own reader's
+// remaining bytes; on failure their content is unspecified, so callers
+// decode into scratch records and swap on success.
 int DecodeConf(Reader& r, cConf_Inf& c);
 int DecodeSvr(Reader& r, cSvrState& s);
 
@@ -100,8 +141,9 @@ struct AnswerView {
 int ParseAnswerLength(const char* p, size_t n, uint32_t& pkglen);
 // Parses a whole answer packet of n bytes (n must equal its length field).
 int ParseAnswer(const char* p, size_t n, AnswerView& a);
-// Decodes the check body of an answer into the two records; the body must be
-// consumed exactly (em_ParsePkgPkglenNotMatch otherwise).
+// Decodes the check body of an answer into the two records within
+// DecodeBudget::ForBody(n); the body must be consumed exactly
+// (em_ParsePkgPkglenNotMatch otherwise).
 int DecodeStateBody(const char* body, size_t n, cConf_Inf& c, cSvrState& s);
 
 }  // namespace nvwire

@@ -2,13 +2,16 @@
 // input is read as a stream of request packets (u32 length, i16 command,
 // payload) and goes two ways, each against a fresh in-memory simulator over
 // the same small base state: the first request through the agent's
-// connection handler over a socket pair (header and payload reading, answer
-// writing, journal), and every complete request in turn through the command
+// connection state machine over a socket pair (header and payload reading,
+// answer writing, draining, journal), and every complete request in turn through the command
 // dispatch, so that a later request sees the state the earlier ones made. Every answer must be a
 // well-formed packet for the command asked, and every check answer must
 // decode on the client's side.
 #include <fcntl.h>
+#include <poll.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -102,19 +105,45 @@ int CheckAnswer(const char* p, size_t n, short cmd) {
     return a.result;
 }
 
-// The first request, served by the connection handler from a socket. Its
-// answer (the small base state, or a detail of at most 4 KiB) fits the socket
-// buffer, so the handler never waits for the peer to read it.
+// Drives one connection to its end the way the server's event loop does,
+// with poll on its single socket and the dispatch done in place.
+void ServeConnection(nvagent::Backend& backend, int fd) {
+    nvagent::ConnectionLimits limits;
+    nvagent::Connection conn(fd, 0, limits, nvagent::Clock::now());
+    nvagent::AnswerBuffers bufs;
+    using Phase = nvagent::Connection::Phase;
+    while (conn.GetPhase() != Phase::kDone) {
+        nvagent::Clock::time_point now = nvagent::Clock::now();
+        if (conn.GetPhase() == Phase::kDispatching) {
+            int rc = nvagent::AnswerRequest(backend, conn.Cmd(), conn.Payload(), bufs);
+            g_journal->Record(conn.Cmd(), conn.Payload().data(), conn.Payload().size(), rc);
+            conn.SetAnswer(std::string(bufs.answer), now);
+            conn.OnWritable(now);
+            continue;
+        }
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(conn.Deadline() - now);
+        pollfd pfd = {fd, static_cast<short>(conn.WantedEvents()), 0};
+        int ready = poll(&pfd, 1, static_cast<int>(std::max<long long>(0, left.count())));
+        if (ready == 0) {
+            conn.OnDeadline(*g_journal);
+        } else if (conn.GetPhase() == Phase::kWriting) {
+            conn.OnWritable(nvagent::Clock::now());
+        } else {
+            conn.OnReadable(*g_journal, nvagent::Clock::now());
+        }
+    }
+}
+
+// The first request, served by a connection from a socket, which closes once
+// the peer has sent everything and the answer is out.
 void ThroughConnection(const char* p, size_t n) {
     std::unique_ptr<nvagent::Backend> backend = FreshBackend();
-    nvagent::ConnectionLimits limits;
-    nvagent::ConnectionHandler handler(*backend, *g_journal, limits);
     int agentFd = -1;
     int clientFd = -1;
     nvfuzz::MakeSocketPair(agentFd, clientFd);
     fcntl(agentFd, F_SETFL, fcntl(agentFd, F_GETFL) | O_NONBLOCK);
     nvfuzz::PeerPump client(clientFd, p, n);
-    handler.Serve(agentFd);
+    ServeConnection(*backend, agentFd);
     client.Join();
 
     const std::string& got = client.Received();

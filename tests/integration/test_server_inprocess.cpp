@@ -53,6 +53,7 @@ public:
 
     nvagent::CmdResult Apply(short cmd, const std::string& payload) override {
         ++m_applied;
+        std::this_thread::sleep_for(std::chrono::milliseconds(m_applyDelayMs.load()));
         if (cmd == 4 && (payload == "1" || payload == "0")) {
             std::lock_guard<std::mutex> lock(m_mutex);
             m_flag = payload[0];
@@ -62,6 +63,7 @@ public:
     }
 
     std::atomic<int> m_applied{0};
+    std::atomic<int> m_applyDelayMs{0};
 
 private:
     std::mutex m_mutex;
@@ -252,6 +254,45 @@ TEST_F(InProcessServer, StalledClientsDoNotDelayOthersAndAreCutAtTheDeadline) {
         }
     }
     EXPECT_EQ(timeouts, 3);
+}
+
+TEST_F(InProcessServer, ClientThatHangsUpWhileAnsweredIsAnsweredOnce) {
+    StartServer();
+    m_backend.m_applyDelayMs = 200;
+    int fd = nvtest::ConnectUnix(SocketPath());
+    ASSERT_GE(fd, 0);
+    ASSERT_TRUE(nvtest::SendAll(fd, nvtest::MakeRequest(4, "1")));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    close(fd);
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    m_backend.m_applyDelayMs = 0;
+    ExpectCheckWorks();
+    EXPECT_EQ(m_backend.m_applied.load(), 1);
+    EXPECT_EQ(Journal().size(), 2u);
+}
+
+TEST_F(InProcessServer, ClientsBeyondTheTotalCapWaitInTheQueue) {
+    std::string err;
+    ASSERT_TRUE(m_journal.Open(JournalPath(), err)) << err;
+    nvagent::ServerOptions opts;
+    opts.sSocketPath = SocketPath();
+    opts.iMaxConnections = 3;
+    opts.limits.readTimeout = std::chrono::milliseconds(300);
+    m_server = std::make_unique<nvagent::Server>(m_backend, m_journal, opts);
+    ASSERT_TRUE(m_server->Listen(err)) << err;
+    ASSERT_TRUE(m_server->Start(err)) << err;
+    std::vector<int> idle;
+    for (int i = 0; i < 3; ++i)
+        idle.push_back(nvtest::ConnectUnix(SocketPath()));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    // The fourth client is not refused: it waits until an idle one is cut.
+    Clock::time_point start = Clock::now();
+    ExpectCheckWorks();
+    EXPECT_GE(MsSince(start), 200);
+    for (int fd : idle) {
+        EXPECT_TRUE(nvtest::ReadUntilClose(fd, 2000).bClosed);
+        close(fd);
+    }
 }
 
 TEST_F(InProcessServer, ConcurrentClientsGetConsistentAnswers) {

@@ -5,7 +5,10 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -13,6 +16,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <vector>
 
 #include "cmdclient/cmd_client.h"
 #include "fake_agent.h"
@@ -512,3 +516,154 @@ TEST_F(InitTest, DefaultPathsWithoutEnvironment) {
 }
 
 }  // namespace
+
+// ---- hardening: bounded connect, memory of hostile answers, socket path ----
+
+namespace {
+
+// A check answer whose listener list holds `count` empty records (12 bytes
+// each on the wire) followed by the rest of an empty state and one stray
+// byte, the shape of the costliest answer per byte.
+std::string EmptyListenersAnswer(short cmd, uint32_t count) {
+    cConf_Inf c;
+    cSvrState empty;
+    std::string conf = EncodeState(c, empty);
+    std::string svr;
+    nvwire::Writer w(svr);
+    nvwire::EncodeSvr(w, empty);
+    std::string confOnly = conf.substr(0, conf.size() - svr.size());
+    std::string body = confOnly;
+    nvwire::Writer b(body);
+    b.Put32(count);
+    for (uint32_t i = 0; i < count; ++i) {
+        b.Put32(0);
+        b.Put32(1);
+        b.Put32(0);
+    }
+    body.append(svr.substr(4));  // the rest of cSvrState after its first count
+    body.push_back('x');
+    return MakeAnswer(cmd, em_OK, "", body);
+}
+
+// A listening socket with the smallest queue, filled up and never accepted:
+// what a stopped agent, or one drowning in clients, looks like.
+struct FullQueueSocket {
+    std::string path;
+    int listenFd = -1;
+    std::vector<int> queued;
+    explicit FullQueueSocket(const std::string& p) : path(p) {
+        listenFd = socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un a{};
+        a.sun_family = AF_UNIX;
+        snprintf(a.sun_path, sizeof a.sun_path, "%s", path.c_str());
+        bind(listenFd, reinterpret_cast<sockaddr*>(&a), sizeof a);
+        listen(listenFd, 0);
+        for (int i = 0; i < 8; ++i) {
+            int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0);
+            if (connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0) {
+                close(fd);
+                break;
+            }
+            queued.push_back(fd);
+        }
+    }
+    ~FullQueueSocket() {
+        for (int fd : queued)
+            close(fd);
+        close(listenFd);
+        unlink(path.c_str());
+    }
+};
+
+size_t HeapInUse() {
+    return mallinfo2().uordblks + mallinfo2().hblkhd;
+}
+
+}  // namespace
+
+TEST_F(LinkTest, ConnectToAFullListenQueueEndsWithinTheRequestLimit) {
+    FullQueueSocket full(m_dir + "/full.sock");
+    ASSERT_FALSE(full.queued.empty());
+    pg_Obj->sSockName = full.path;
+    g_iRequestTimeoutMs = 300;
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(GetObjInfo(), ERR_CONNECT_FAILED);
+    EXPECT_EQ(SetObjInfo(57, 5, const_cast<char*>("web02")), ERR_CONNECT_FAILED);
+    auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                  std::chrono::steady_clock::now() - start)
+                  .count();
+    EXPECT_LT(ms, 3000);
+    EXPECT_THAT(Slurp(m_log), HasSubstr("connect error"));
+}
+
+TEST_F(LinkTest, SocketPathLongerThanSunPathIsRefusedAndLogged) {
+    FakeAgent agent(SampleScript());
+    // The agent's real path with a long tail: cut at 107 bytes it could
+    // reach some other socket.
+    std::string longPath = agent.SocketPath() + "/" + std::string(120, 'x');
+    pg_Obj->sSockName = longPath;
+    EXPECT_EQ(GetObjInfo(), ERR_CONNECT_FAILED);
+    EXPECT_EQ(agent.Accepted(), 0);
+    EXPECT_THAT(Slurp(m_log), HasSubstr("does not fit sun_path"));
+    pg_Obj->sSockName = std::string(107, 'y');
+    EXPECT_TRUE(SocketPathFits(pg_Obj->sSockName));
+    EXPECT_FALSE(SocketPathFits(std::string(108, 'y')));
+}
+
+TEST_F(BadAnswerTest, MillionEmptyListenersAreRefusedByTheListCap) {
+    ExpectRefused([](const FakeRequest& req) { return EmptyListenersAnswer(req.cmd, 1000000); },
+                  em_GetStrWriteBuffNotEnough);
+}
+
+TEST_F(BadAnswerTest, ListUnderTheCapButOverTheMemoryBudgetIsRefused) {
+    // 200,000 records: 2.4 MB on the wire, 64 MB as records.
+    ExpectRefused([](const FakeRequest& req) { return EmptyListenersAnswer(req.cmd, 200000); },
+                  em_GetStrWriteBuffNotEnough);
+}
+
+TEST_F(LinkTest, MemoryOfAFailedDecodeIsGivenBack) {
+    {
+        FakeAgent good(SampleScript());
+        UseAgent(good);
+        ASSERT_EQ(GetObjInfo(), em_OK);
+    }
+    size_t before = HeapInUse();
+    {
+        // Under the budget but refused at its last byte: everything decoded
+        // must be freed again.
+        FakeAgent bad([](const FakeRequest& req) { return EmptyListenersAnswer(req.cmd, 50000); });
+        UseAgent(bad);
+        EXPECT_EQ(GetObjInfo(), em_ParsePkgPkglenNotMatch);
+    }
+    size_t after = HeapInUse();
+    EXPECT_LT(after, before + (1u << 20)) << "before " << before << " after " << after;
+    EXPECT_EQ(pg_Obj->objCif.sHostname, "web01");
+}
+
+TEST_F(LinkTest, MemoryOfAReplacedStateIsGivenBack) {
+    cConf_Inf c;
+    cSvrState s;
+    FillSampleState(c, s);
+    cSvrState big = s;
+    // About 10 MB on the wire and 15 MB as strings: above what the receive
+    // buffer keeps between requests, so nothing of it may stay.
+    for (int i = 0; i < 100000; ++i)
+        big.vsIptablesInputList.push_back(std::string(96, 'r') + std::to_string(i));
+    {
+        FakeAgent small(StateScript(c, s));
+        UseAgent(small);
+        ASSERT_EQ(GetObjInfo(), em_OK);
+    }
+    size_t before = HeapInUse();
+    {
+        FakeAgent large(StateScript(c, big));
+        UseAgent(large);
+        ASSERT_EQ(GetObjInfo(), em_OK);
+    }
+    {
+        FakeAgent small(StateScript(c, s));
+        UseAgent(small);
+        ASSERT_EQ(GetObjInfo(), em_OK);
+    }
+    EXPECT_LT(HeapInUse(), before + (1u << 20));
+}

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "link/result_codes.h"
+#include "random_state.h"
 #include "state_samples.h"
 #include "wire/wire.h"
 
@@ -154,6 +155,71 @@ TEST(Wire, DetailIsBounded) {
     nvwire::AnswerView a;
     ASSERT_EQ(nvwire::ParseAnswer(pkt.data(), pkt.size(), a), em_OK);
     EXPECT_EQ(a.detail.size(), nvwire::kMaxDetailLen);
+}
+
+}  // namespace
+
+// ---- the field list: derived minimum sizes and random round trips ----
+
+namespace {
+
+TEST(WireFields, SmallestEncodingsFollowFromTheFieldList) {
+    // Texts take their 4-byte length, numbers their width.
+    EXPECT_EQ(nvwire::MinEncodedLen<cDiskVolume>(), 4u + 3 * 4);
+    EXPECT_EQ(nvwire::MinEncodedLen<cBakForSize>(), 2 * 4u + 4);
+    EXPECT_EQ(nvwire::MinEncodedLen<cTcpListen>(), 4u + 4 + 4);
+    EXPECT_EQ(nvwire::MinEncodedLen<cDiskInfo>(), 3 * 4u + 3 * 4);
+    // Each minimum is exactly what an element of empty texts encodes to.
+    cSvrState s;
+    s.vDiskInfo.assign(1, cDiskInfo{});
+    cConf_Inf c;
+    std::string none = EncodeBody(c, cSvrState());
+    std::string one = EncodeBody(c, s);
+    EXPECT_EQ(one.size() - none.size(), nvwire::MinEncodedLen<cDiskInfo>());
+}
+
+TEST(WireFields, DiskRecordsWithEmptyTextsAreAccepted) {
+    // Ten records of empty texts (24 bytes each) near the end of the body:
+    // a decoder that took 28 bytes for the smallest record would think the
+    // list ran past the end.
+    cConf_Inf c;
+    cSvrState s;
+    s.vDiskInfo.assign(10, cDiskInfo{});
+    s.vDiskInfo[1].iUsed = 7;
+    std::string body = EncodeBody(c, s);
+    cConf_Inf c2;
+    cSvrState s2;
+    ASSERT_EQ(nvwire::DecodeStateBody(body.data(), body.size(), c2, s2), em_OK);
+    EXPECT_EQ(nvtest::StateDifference(c, s, c2, s2), "");
+}
+
+TEST(WireFields, RandomStructuredStatesRoundTrip) {
+    for (uint32_t seed = 1; seed <= 2000; ++seed) {
+        nvtest::SeededSource src(seed);
+        cConf_Inf c;
+        cSvrState s;
+        nvtest::RandomState(src, c, s);
+        std::string body = EncodeBody(c, s);
+        cConf_Inf c2;
+        cSvrState s2;
+        ASSERT_EQ(nvwire::DecodeStateBody(body.data(), body.size(), c2, s2), em_OK)
+            << "seed " << seed;
+        ASSERT_EQ(nvtest::StateDifference(c, s, c2, s2), "") << "seed " << seed;
+        ASSERT_EQ(EncodeBody(c2, s2), body) << "seed " << seed;
+    }
+}
+
+TEST(WireFields, EveryCutOfARandomStateIsRefused) {
+    nvtest::SeededSource src(7);
+    cConf_Inf c;
+    cSvrState s;
+    nvtest::RandomState(src, c, s);
+    std::string body = EncodeBody(c, s);
+    for (size_t n = 0; n < body.size(); ++n) {
+        cConf_Inf c2;
+        cSvrState s2;
+        ASSERT_NE(nvwire::DecodeStateBody(body.data(), n, c2, s2), em_OK) << "cut at " << n;
+    }
 }
 
 }  // namespace

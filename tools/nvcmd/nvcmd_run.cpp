@@ -1,6 +1,8 @@
 // nvcmd's sub-commands over the console's own service link.
 #include "nvcmd_run.h"
 
+#include <sys/un.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +12,7 @@
 #include "cmdclient/cmd_client.h"
 #include "cmdclient/cmd_names.h"
 #include "link/ui_interface.h"
+#include "visible_text.h"
 #include "wire/wire.h"
 
 namespace {
@@ -29,17 +32,26 @@ struct ST_LANG_WORD {
 
 const ST_LANG_WORD g_astLangWord[] = {{"en", emEn}, {"chgb2312", emChGb2312}, {"chutf8", emChUtf8}};
 
-void StartLink() {
+// Sets the link up; false (with a message) when the socket path cannot be
+// used, since a cut path could reach another socket.
+bool StartLink(FILE* err) {
     pg_Obj->c_LOG_Level = 7;
     ApplyLinkEnvironment();
     SetName2Idx(pg_Obj);
     SetErrMap(pg_Obj);
+    if (SocketPathFits(pg_Obj->sSockName))
+        return true;
+    fprintf(err,
+            "nvcmd: the socket path is %zu bytes long; a local socket path holds at most %zu "
+            "bytes, so it is not used (check NVUI_SOCKET)\n",
+            pg_Obj->sSockName.size(), sizeof(sockaddr_un{}.sun_path) - 1);
+    return false;
 }
 
 // Prints the result text of a code; the connect failure names the socket.
 void PrintResult(FILE* f, int iRet) {
     const char* pcText = GetOperatingInfoStr(iRet);
-    fprintf(f, "%s\n", pcText ? pcText : "");
+    fprintf(f, "%s\n", VisibleText(pcText ? pcText : "").c_str());
     if (iRet == ERR_CONNECT_FAILED) {
         fprintf(f, "Is norvaned running on %s?\n", pg_Obj->sSockName.c_str());
     }
@@ -51,7 +63,11 @@ int Check(FILE* out, FILE* err) {
         PrintResult(err, iRet);
         return NVCMD_REFUSED;
     }
-    fprintf(out, "%s\n", nvagent::StateToJson(pg_Obj->objCif, pg_Obj->objSS).dump(2).c_str());
+    // Texts that are not valid UTF-8 print with U+FFFD in place of each bad
+    // byte sequence rather than aborting the dump.
+    std::string text = nvagent::StateToJson(pg_Obj->objCif, pg_Obj->objSS)
+                           .dump(2, ' ', false, nvagent::Json::error_handler_t::replace);
+    fprintf(out, "%s\n", text.c_str());
     return NVCMD_OK;
 }
 
@@ -106,15 +122,16 @@ int NvcmdRun(int argc, char** argv, FILE* out, FILE* err) {
     }
     std::string sub = argc >= 2 ? argv[1] : "";
     if (sub == "check" && argc == 2) {
-        StartLink();
-        return Check(out, err);
+        return StartLink(err) ? Check(out, err) : NVCMD_USAGE;
     }
     if (sub == "send" && (argc == 3 || argc == 4)) {
-        StartLink();
+        if (!StartLink(err))
+            return NVCMD_USAGE;
         return Send(argv[2], argc == 4 ? argv[3] : nullptr, out, err);
     }
     if (sub == "lang" && argc == 3) {
-        StartLink();
+        if (!StartLink(err))
+            return NVCMD_USAGE;
         return Lang(argv[2], out, err);
     }
     fputs(kUsage, err);

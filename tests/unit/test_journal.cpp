@@ -1,0 +1,46 @@
+// The request journal's rotation: a full journal file is renamed to PATH.1
+// and a new one started, but a journal that is not a regular file (a device
+// such as the null device, a pipe) is written to and never renamed.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <string>
+
+#include "agent/journal.h"
+#include "temp_dir.h"
+
+namespace {
+
+TEST(Journal, AFullRegularFileIsRotated) {
+    nvtest::TempDir dir;
+    nvagent::Journal journal;
+    std::string err;
+    ASSERT_TRUE(journal.Open(dir.File("journal"), err, 512)) << err;
+    for (int i = 0; i < 40; ++i)
+        journal.Record(57, "web01", 5, 7);
+    struct stat sb;
+    ASSERT_EQ(stat(dir.File("journal").c_str(), &sb), 0);
+    EXPECT_LE(sb.st_size, 512);
+    EXPECT_EQ(stat(dir.File("journal.1").c_str(), &sb), 0);
+}
+
+// The journal opened on a character device (a null device made in the test's
+// own directory) stays that device however much is written.
+TEST(Journal, ADeviceIsNeverRenamed) {
+    nvtest::TempDir dir;
+    std::string path = dir.File("null");
+    if (mknod(path.c_str(), S_IFCHR | 0600, makedev(1, 3)) != 0)
+        GTEST_SKIP() << "cannot make a device node here (needs root)";
+    nvagent::Journal journal;
+    std::string err;
+    ASSERT_TRUE(journal.Open(path, err, 512)) << err;
+    for (int i = 0; i < 40; ++i)
+        journal.Record(57, "web01", 5, 7);
+    struct stat sb;
+    ASSERT_EQ(stat(path.c_str(), &sb), 0);
+    EXPECT_TRUE(S_ISCHR(sb.st_mode));
+    EXPECT_NE(stat((path + ".1").c_str(), &sb), 0);
+}
+
+}  // namespace
