@@ -90,9 +90,7 @@ int Run(const nvagent::NorvanedOptions& opts) {
     if (!saved.empty()) {
         int removed = nvagent::RemoveStrayTemps(saved);
         if (removed > 0)
-            fprintf(stderr,
-                    "norvaned: removed %d temporary file(s) left by an earlier run
-                    ",
+            fprintf(stderr, "norvaned: removed %d temporary state file(s) left by an earlier run\n",
                     removed);
     }
     std::unique_ptr<nvagent::Backend> backend;
