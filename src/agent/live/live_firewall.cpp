@@ -41,8 +41,8 @@ std::string HostOnly(const std::string& a) {
 }
 
 // A rule of our own shape as a FwRule; false for anything else.
-bool AsOwnRule(const std::string& spec, FwRule& r) {
-    std::vector<std::string> w = Words(spec);
+bool AsOwnRule(const std::string& ruleText, FwRule& r) {
+    std::vector<std::string> w = Words(ruleText);
     bool verdict = false;
     for (size_t i = 0; i + 1 < w.size(); i += 2) {
         const std::string& k = w[i];
@@ -67,7 +67,7 @@ bool AsOwnRule(const std::string& spec, FwRule& r) {
             return false;
         }
     }
-    return verdict && w.size() % 2 == 0 && spec.find("-p ") != std::string::npos;
+    return verdict && w.size() % 2 == 0 && ruleText.find("-p ") != std::string::npos;
 }
 
 void MakeLines(ChainView& c) {

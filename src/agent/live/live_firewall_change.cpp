@@ -127,10 +127,10 @@ CmdResult AddRule(const RuleAddRequest& q, const std::string& rulesFile) {
     if (!Current(views[0], views[1], r))
         return r;
     const char* chain = kChainNames[q.chain];
-    std::string spec = RuleSpec(q.rule);
+    std::string ruleText = RuleSpec(q.rule);
     size_t count = views[q.chain].specs.size();
-    std::string batch = q.top ? std::string("-I ") + chain + " 1 " + spec + "\n"
-                              : std::string("-A ") + chain + " " + spec + "\n";
+    std::string batch = q.top ? std::string("-I ") + chain + " 1 " + ruleText + "\n"
+                              : std::string("-A ") + chain + " " + ruleText + "\n";
     std::string undo =
         std::string("-D ") + chain + " " + std::to_string(q.top ? 1 : count + 1) + "\n";
     return Commit(batch, undo, rulesFile);
