@@ -90,7 +90,8 @@ void FileMonitor::Stop() {
     }
     if (m_wakeFd >= 0) {
         uint64_t one = 1;
-        (void)write(m_wakeFd, &one, sizeof one);
+        ssize_t w = write(m_wakeFd, &one, sizeof one);
+        (void)w;  // a full counter already wakes the thread
     }
     if (m_thread.joinable())
         m_thread.join();
@@ -110,7 +111,8 @@ void FileMonitor::Configure(const MonitorSettings& s) {
     }
     if (m_wakeFd >= 0) {
         uint64_t one = 1;
-        (void)write(m_wakeFd, &one, sizeof one);
+        ssize_t w = write(m_wakeFd, &one, sizeof one);
+        (void)w;  // a full counter already wakes the thread
     }
 }
 
@@ -121,7 +123,8 @@ void FileMonitor::Run() {
             break;
         if (p[1].revents & POLLIN) {
             uint64_t n = 0;
-            (void)read(m_wakeFd, &n, sizeof n);
+            ssize_t r = read(m_wakeFd, &n, sizeof n);
+            (void)r;  // only the wake-up counts
             {
                 std::lock_guard<std::mutex> lock(m_mutex);
                 if (m_stop)

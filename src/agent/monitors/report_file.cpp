@@ -66,8 +66,9 @@ void ReportFile::Write(const std::string& text) {
     if (n != static_cast<ssize_t>(line.size())) {
         ++m_dropped;
         // Half a line would glue onto the next one: cut it off again.
-        if (n > 0 && fstat(fd, &st) == 0)
-            (void)ftruncate(fd, st.st_size - n);
+        if (n > 0 && fstat(fd, &st) == 0 && ftruncate(fd, st.st_size - n) != 0) {
+            // Nothing more can be done on a failing disk: the half line stays.
+        }
     }
     close(fd);
 }
