@@ -14,10 +14,10 @@ struct FlagField {
     char cConf_Inf::*flag;
 };
 
+// The monitors' switches are the agent's own settings, changed by the code
+// both backends share; these are the system's.
 const FlagField kFlagFields[] = {
     {4, &C::chIcmpEchoIgnoreAll},  {5, &C::chTcpSyncookies},     {6, &C::chTcpTwReuse},
-    {14, &C::chFileMonitFlag},     {16, &C::chProcessMonitFlag}, {19, &C::chCpuMonitFlag},
-    {21, &C::chMemMonitFlag},      {26, &C::chDVMonitFlag},      {31, &C::chBakForSizeFlag},
     {40, &C::chVsftpdAnonEnable},  {41, &C::chVsftpdAnonUpload}, {42, &C::chVsftpdAnonMkdir},
     {44, &C::chVsftpdLocalEnable}, {45, &C::chVsftpdWrite},      {46, &C::chVsftpdRunFlag},
     {49, &C::chSambaShareWrite},   {50, &C::chSambaRunFlag},
