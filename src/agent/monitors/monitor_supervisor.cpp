@@ -41,14 +41,8 @@ void MonitorSupervisor::Apply(const MonitorSettings& given) {
     SwitchOffEmptyLists(s);
     std::lock_guard<std::mutex> lock(m_mutex);
     // A new data directory or report bound means new report files: restart.
-    if (s.sDataDir != m_settings.sDataDir || s.llReportMaxBytes != m_settings.llReportMaxBytes) {
-        m_file.reset();
-        m_process.reset();
-        m_cpu.reset();
-        m_memory.reset();
-        m_volume.reset();
-        m_backup.reset();
-    }
+    if (s.sDataDir != m_settings.sDataDir || s.llReportMaxBytes != m_settings.llReportMaxBytes)
+        ResetAllLocked();
     m_settings = s;
     Keep(m_file, s.bFileOn, s);
     Keep(m_process, s.bProcessOn, s);
@@ -60,6 +54,10 @@ void MonitorSupervisor::Apply(const MonitorSettings& given) {
 
 void MonitorSupervisor::StopAll() {
     std::lock_guard<std::mutex> lock(m_mutex);
+    ResetAllLocked();
+}
+
+void MonitorSupervisor::ResetAllLocked() {
     m_file.reset();
     m_process.reset();
     m_cpu.reset();

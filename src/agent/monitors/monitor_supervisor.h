@@ -65,6 +65,8 @@ public:
     std::vector<long long> BackupSizes() const;
 
 private:
+    // Stops every monitor; m_mutex is held.
+    void ResetAllLocked();
     mutable std::mutex m_mutex;
     MonitorSettings m_settings;
     std::unique_ptr<FileMonitor> m_file;
