@@ -5,6 +5,8 @@
 #include <sstream>
 #include <vector>
 
+#include "agent/live/live_files.h"
+
 namespace nvagent {
 
 namespace {
@@ -18,21 +20,12 @@ std::vector<std::string> Lines(const std::string& text) {
     return out;
 }
 
-std::vector<std::string> Words(const std::string& s) {
-    std::vector<std::string> w;
-    std::istringstream in(s);
-    std::string x;
-    while (in >> x)
-        w.push_back(x);
-    return w;
-}
-
 bool StartsStanza(const std::string& line) {
     return !line.empty() && line[0] != ' ' && line[0] != '\t' && line[0] != '#';
 }
 
 bool IsIfaceOf(const std::string& line, const std::string& name) {
-    std::vector<std::string> w = Words(line);
+    std::vector<std::string> w = SplitWords(line);
     return w.size() >= 3 && w[0] == "iface" && w[1] == name && w[2] == "inet";
 }
 
@@ -57,7 +50,7 @@ std::string IfaceStanza(const std::string& text, const std::string& name) {
 
 bool IsAutoStarted(const std::string& text, const std::string& name) {
     for (const std::string& l : Lines(text)) {
-        std::vector<std::string> w = Words(l);
+        std::vector<std::string> w = SplitWords(l);
         if (w.empty() || !IsAutoWord(w[0]))
             continue;
         for (size_t i = 1; i < w.size(); ++i) {
@@ -85,7 +78,7 @@ std::string WithIface(const std::string& text, const std::string& name, const st
         }
         if (in)
             continue;
-        std::vector<std::string> w = Words(l);
+        std::vector<std::string> w = SplitWords(l);
         if (!w.empty() && IsAutoWord(w[0])) {
             std::string kept = w[0];
             size_t names = 0;

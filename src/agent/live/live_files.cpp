@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <sstream>
 
 namespace nvagent {
 
@@ -36,6 +37,15 @@ std::string ReadFirstLine(const std::string& path) {
         return std::string();
     size_t nl = text.find('\n');
     return nl == std::string::npos ? text : text.substr(0, nl);
+}
+
+std::vector<std::string> SplitWords(const std::string& line) {
+    std::vector<std::string> words;
+    std::istringstream in(line);
+    std::string word;
+    while (in >> word)
+        words.push_back(word);
+    return words;
 }
 
 }  // namespace nvagent

@@ -1,9 +1,11 @@
-// Small file helpers of the live backend: whole-file reads and the first
-// line of a file, as the kernel's /proc and /sys files are read.
+// Small file and text helpers of the live backend: whole-file reads and the
+// first line of a file, as the kernel's /proc and /sys files are read, and
+// the blank-separated words of a configuration or command-output line.
 #ifndef NV_AGENT_LIVE_LIVE_FILES_H
 #define NV_AGENT_LIVE_LIVE_FILES_H
 
 #include <string>
+#include <vector>
 
 namespace nvagent {
 
@@ -12,6 +14,9 @@ bool ReadTextFile(const std::string& path, std::string& text);
 
 // The file's text up to its first newline, without it; empty on failure.
 std::string ReadFirstLine(const std::string& path);
+
+// The words of a line, split at runs of blanks and tabs.
+std::vector<std::string> SplitWords(const std::string& line);
 
 }  // namespace nvagent
 

@@ -20,20 +20,12 @@
 
 #include "agent/commands/requests.h"
 #include "agent/display_lines.h"
+#include "agent/live/live_files.h"
 #include "agent/live/run_process.h"
 
 namespace nvagent {
 
 namespace {
-
-std::vector<std::string> Words(const std::string& s) {
-    std::vector<std::string> w;
-    std::istringstream in(s);
-    std::string x;
-    while (in >> x)
-        w.push_back(x);
-    return w;
-}
 
 std::string HostOnly(const std::string& a) {
     size_t n = a.size();
@@ -42,7 +34,7 @@ std::string HostOnly(const std::string& a) {
 
 // A rule of our own shape as a FwRule; false for anything else.
 bool AsOwnRule(const std::string& ruleText, FwRule& r) {
-    std::vector<std::string> w = Words(ruleText);
+    std::vector<std::string> w = SplitWords(ruleText);
     bool verdict = false;
     for (size_t i = 0; i + 1 < w.size(); i += 2) {
         const std::string& k = w[i];
@@ -96,7 +88,7 @@ void ParseIptablesRules(const std::string& text, ChainView& input, ChainView& ou
     std::istringstream in(text);
     std::string line;
     while (std::getline(in, line)) {
-        std::vector<std::string> w = Words(line);
+        std::vector<std::string> w = SplitWords(line);
         if (w.size() < 3)
             continue;
         ChainView* c = w[1] == "INPUT" ? &input : w[1] == "OUTPUT" ? &output : nullptr;
