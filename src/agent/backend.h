@@ -5,12 +5,20 @@
 #define NV_AGENT_BACKEND_H
 
 #include <string>
+#include <utility>
 
 namespace nvagent {
 
 struct CmdResult {
-    int iCode;            // an EM_RET value
+    CmdResult() = default;
+    CmdResult(int code, std::string detail) : iCode(code), sDetail(std::move(detail)) {}
+
+    int iCode = 0;        // an EM_RET value
     std::string sDetail;  // short reason shown behind the result description
+    // For the journal: the changed fields' values before and after the
+    // change as JSON objects, empty when the change recorded none.
+    std::string sOldValues;
+    std::string sNewValues;
 };
 
 class Backend {

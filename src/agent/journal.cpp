@@ -112,7 +112,8 @@ bool Journal::Open(const std::string& path, std::string& err, size_t maxBytes) {
 }
 
 void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int result,
-                         const char* note) {
+                         const char* note, const std::string& oldValues,
+                         const std::string& newValues) {
     bool password = cmd == kPasswordCmd;
     size_t shown = password ? 0 : (payloadLen < kJournalHexBytes ? payloadLen : kJournalHexBytes);
     m_line.clear();
@@ -124,6 +125,12 @@ void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int re
     AppendHex(m_line, payload, shown);
     m_line.append("\", \"result\": ");
     AppendInt(m_line, result);
+    if (!password && !oldValues.empty() && !newValues.empty()) {
+        m_line.append(", \"old\": ");
+        m_line.append(oldValues);
+        m_line.append(", \"new\": ");
+        m_line.append(newValues);
+    }
     if (password) {
         std::string user = PasswordUser(payload, payloadLen);
         m_line.append(", \"user\": ");
@@ -159,12 +166,12 @@ void Journal::RotateIfFull() {
     m_size = 0;
 }
 
-void Journal::Record(int cmd, const char* payload, size_t payloadLen, int result,
-                     const char* note) {
+void Journal::Record(int cmd, const char* payload, size_t payloadLen, int result, const char* note,
+                     const std::string& oldValues, const std::string& newValues) {
     if (m_fd < 0)
         return;
     std::lock_guard<std::mutex> lock(m_mutex);
-    FormatLine(cmd, payload, payloadLen, result, note);
+    FormatLine(cmd, payload, payloadLen, result, note, oldValues, newValues);
     RotateIfFull();
     WriteWhole(m_fd, m_line.data(), m_line.size());
     m_size += m_line.size();

@@ -10,6 +10,10 @@
 // bytes as lowercase hex; result is the EM_RET code answered, or the code
 // recorded for a request that got no answer. Optional keys follow, in this
 // order, only when they apply:
+//   "old" and "new": for a change that was made, the values of the fields it
+//     changed before and after it, as objects keyed by field name (see
+//     change_values.h; a list holds only its changed entries); never for
+//     the password command;
 //   "user": for the password command (56) the user named in the request; its
 //     payload_hex is then always empty, so no password ever reaches the file,
 //     and "note" says whether the password was changed;
@@ -50,11 +54,15 @@ public:
 
     // Appends one line with a single write(); lines from concurrent callers
     // never interleave. The line is in the file when this returns.
+    // oldValues and newValues are the JSON objects of a change's old and new
+    // values, or empty.
     void Record(int cmd, const char* payload, size_t payloadLen, int result,
-                const char* note = nullptr);
+                const char* note = nullptr, const std::string& oldValues = std::string(),
+                const std::string& newValues = std::string());
 
 private:
-    void FormatLine(int cmd, const char* payload, size_t payloadLen, int result, const char* note);
+    void FormatLine(int cmd, const char* payload, size_t payloadLen, int result, const char* note,
+                    const std::string& oldValues, const std::string& newValues);
     void RotateIfFull();
 
     std::string m_path;

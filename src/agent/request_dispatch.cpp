@@ -16,6 +16,8 @@ bool IsSetCommand(short cmd) {
 
 int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs) {
     static const std::string kNoDetail;
+    bufs.oldValues.clear();
+    bufs.newValues.clear();
     if (cmd == nvwire::kCmdCheck) {
         bufs.body.clear();
         backend.CheckBody(bufs.body);
@@ -25,6 +27,8 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
     if (IsSetCommand(cmd)) {
         CmdResult res = backend.Apply(cmd, payload);
         nvwire::BuildAnswer(bufs.answer, cmd, res.iCode, res.sDetail, "", 0);
+        bufs.oldValues = std::move(res.sOldValues);
+        bufs.newValues = std::move(res.sNewValues);
         return res.iCode;
     }
     nvwire::BuildAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange,

@@ -18,10 +18,15 @@ constexpr short kLastSetCmd = 63;
 struct AnswerBuffers {
     std::string body;
     std::string answer;
+    // The last set command's old and new values for the journal (empty
+    // after a check or a change that recorded none).
+    std::string oldValues;
+    std::string newValues;
 };
 
 // Builds the whole answer packet for cmd and payload into bufs.answer and
-// returns the result code it carries.
+// returns the result code it carries; a change's old and new values go to
+// bufs.oldValues and bufs.newValues.
 int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs);
 
 }  // namespace nvagent

@@ -71,6 +71,17 @@ cConf_Inf DefaultConf() {
     return c;
 }
 
+Json FieldsToJson(const cConf_Inf& c, const cSvrState& s, const std::vector<const char*>& keys) {
+    Json j = Json::object();
+    for (const char* key : keys) {
+        if (const FieldCodec<C>* f = FindField(ConfFields(), key))
+            f->put(c, j[key]);
+        else if (const FieldCodec<S>* g = FindField(SvrFields(), key))
+            g->put(s, j[key]);
+    }
+    return j;
+}
+
 Json StateToJson(const cConf_Inf& c, const cSvrState& s) {
     Json j = ObjectToJson(c, ConfFields());
     for (const FieldCodec<S>& f : SvrFields())

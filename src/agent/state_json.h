@@ -27,6 +27,10 @@ cConf_Inf DefaultConf();
 // Every field of both records, in declaration order.
 Json StateToJson(const cConf_Inf& c, const cSvrState& s);
 
+// The named fields of either record, in the order given; a name that is no
+// field of either is left out.
+Json FieldsToJson(const cConf_Inf& c, const cSvrState& s, const std::vector<const char*>& keys);
+
 // Reads the keys present in j over DefaultConf() and cSvrState(); missing keys
 // keep those defaults. Keys listed in extraKeys are skipped (the caller reads
 // them). Any other unknown key, a wrong type or an out-of-range value fails

@@ -6,6 +6,7 @@
 #include <sys/mount.h>
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "link/result_codes.h"
 #include "live_sandbox.h"
@@ -178,6 +179,63 @@ TEST_F(LiveChange, PasswordThroughTheSystemsTool) {
     EXPECT_EQ(Send(56, "nosuchuser a a"), em_ActPostValueNotValid);
     EXPECT_EQ(detail, "There is no user named nosuchuser.");
     EXPECT_EQ(hash(), after);
+}
+
+}  // namespace
+
+namespace {
+
+// The journal's old and new values are read from the machine before and
+// after each change; a change not made, and a password, record none.
+TEST_F(LiveChange, TheJournalHoldsEachChangesOldAndNewValue) {
+    using nlohmann::json;
+    auto last = [this] { return agent.Process().ReadJournal().back(); };
+    Tool({"sysctl", "-w", "net.ipv4.icmp_echo_ignore_all=0"});
+    ASSERT_EQ(Send(4, "1"), em_ActSuccAll) << detail;
+    json line = last();
+    EXPECT_EQ(line["old"], json::parse(R"({"chIcmpEchoIgnoreAll": "0"})")) << line;
+    EXPECT_EQ(line["new"], json::parse(R"({"chIcmpEchoIgnoreAll": "1"})")) << line;
+    ASSERT_EQ(Send(4, "1"), em_ActNeedNoSet);
+    line = last();
+    EXPECT_FALSE(line.contains("old")) << line;
+    EXPECT_FALSE(line.contains("new")) << line;
+
+    unsigned long threads = std::stoul(Sysctl("kernel.threads-max"));
+    unsigned long wanted = threads == 6000 ? 7000 : 6000;
+    ASSERT_EQ(Send(10, std::to_string(wanted)), em_ActSuccAll) << detail;
+    line = last();
+    EXPECT_EQ(line["old"], json({{"ulThreadMax", threads}})) << line;
+    EXPECT_EQ(line["new"], json({{"ulThreadMax", wanted}})) << line;
+
+    std::string host = Tool({"hostname"});
+    host.pop_back();
+    ASSERT_EQ(Send(57, "journal-host"), em_ActSuccAll) << detail;
+    line = last();
+    EXPECT_EQ(line["old"], json({{"sHostname", host}})) << line;
+    EXPECT_EQ(line["new"], json({{"sHostname", "journal-host"}})) << line;
+
+    Tool({"iptables", "-w", "5", "-F", "INPUT"});
+    Tool({"iptables", "-w", "5", "-A", "INPUT", "-p", "udp", "--dport", "53", "-j", "ACCEPT"});
+    ASSERT_EQ(Send(33, "1 1 - 0 - 22 1"), em_ActSuccAll) << detail;
+    line = last();
+    EXPECT_EQ(line["old"], json::parse(R"({"vsIptablesInputList": []})")) << line;
+    ASSERT_EQ(line["new"]["vsIptablesInputList"].size(), 1u) << line;
+    std::string added = line["new"]["vsIptablesInputList"][0];
+    EXPECT_NE(added.find(":22"), std::string::npos) << added;
+    ASSERT_EQ(Send(35, ""), em_ActSuccAll) << detail;
+    line = last();
+    EXPECT_EQ(line["old"]["vsIptablesInputList"].size(), 2u) << line;
+    EXPECT_EQ(line["new"], json::parse(R"({"vsIptablesInputList": []})")) << line;
+
+    int code = -1;
+    Tool({"useradd", "-M", "-s", "/usr/sbin/nologin", "nvjournaluser"}, &code);
+    ASSERT_EQ(code, 0);
+    ASSERT_EQ(Send(56, "nvjournaluser Pw-journal-9 Pw-journal-9"), em_ActSuccAll) << detail;
+    line = last();
+    EXPECT_EQ(line["user"], "nvjournaluser");
+    EXPECT_FALSE(line.contains("old")) << line;
+    EXPECT_EQ(nvtest::ReadFile(agent.Process().JournalPath()).find("Pw-journal"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -99,13 +99,16 @@ TEST_F(AgentProtocol, JournalHasOneLinePerRequestReadableOnceAnswered) {
     ASSERT_EQ(set.result, em_ActSuccAll) << set.sDetail;
     lines = m_agent.ReadJournal();
     ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[1], nlohmann::json::parse(
-                            R"({"cmd": 57, "len": 4, "payload_hex": "62657461", "result": 7})"));
+    EXPECT_EQ(lines[1],
+              nlohmann::json::parse(R"({"cmd": 57, "len": 4, "payload_hex": "62657461", "result": 7,
+                                        "old": {"sHostname": "alpha"},
+                                        "new": {"sHostname": "beta"}})"));
 
     std::string text = nvtest::ReadFile(m_agent.JournalPath());
     EXPECT_EQ(text,
               "{\"cmd\": 1, \"len\": 0, \"payload_hex\": \"\", \"result\": 0}\n"
-              "{\"cmd\": 57, \"len\": 4, \"payload_hex\": \"62657461\", \"result\": 7}\n");
+              "{\"cmd\": 57, \"len\": 4, \"payload_hex\": \"62657461\", \"result\": 7, "
+              "\"old\": {\"sHostname\":\"alpha\"}, \"new\": {\"sHostname\":\"beta\"}}\n");
 }
 
 TEST_F(AgentProtocol, RefusedSetIsAnsweredWithTheBackendCodeAndDetail) {

@@ -1,6 +1,8 @@
-// The request journal's rotation: a full journal file is renamed to PATH.1
-// and a new one started, but a journal that is not a regular file (a device
-// such as the null device, a pipe) is written to and never renamed.
+// The request journal: a change's old and new values in their place in the
+// line and never for the password command; rotation, where a full journal
+// file is renamed to PATH.1 and a new one started, but a journal that is not
+// a regular file (a device such as the null device, a pipe) is written to
+// and never renamed.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -11,6 +13,34 @@
 #include "temp_dir.h"
 
 namespace {
+
+TEST(Journal, OldAndNewValuesFollowTheResult) {
+    nvtest::TempDir dir;
+    nvagent::Journal journal;
+    std::string err;
+    ASSERT_TRUE(journal.Open(dir.File("journal"), err)) << err;
+    journal.Record(57, "web02", 5, 7, nullptr, R"({"sHostname":"web01"})",
+                   R"({"sHostname":"web02"})");
+    journal.Record(4, "1", 1, 6, "already on");
+    EXPECT_EQ(nvtest::ReadFile(dir.File("journal")),
+              "{\"cmd\": 57, \"len\": 5, \"payload_hex\": \"7765623032\", \"result\": 7, "
+              "\"old\": {\"sHostname\":\"web01\"}, \"new\": {\"sHostname\":\"web02\"}}\n"
+              "{\"cmd\": 4, \"len\": 1, \"payload_hex\": \"31\", \"result\": 6, "
+              "\"note\": \"already on\"}\n");
+}
+
+// Whatever a caller hands it, the password command's line holds the user
+// and whether the password changed, never values.
+TEST(Journal, ThePasswordCommandNeverGetsValues) {
+    nvtest::TempDir dir;
+    nvagent::Journal journal;
+    std::string err;
+    ASSERT_TRUE(journal.Open(dir.File("journal"), err)) << err;
+    journal.Record(56, "root pw1 pw1", 12, 7, nullptr, R"({"x":"pw1"})", R"({"x":"pw1"})");
+    EXPECT_EQ(nvtest::ReadFile(dir.File("journal")),
+              "{\"cmd\": 56, \"len\": 12, \"payload_hex\": \"\", \"result\": 7, "
+              "\"user\": \"root\", \"note\": \"password changed\"}\n");
+}
 
 TEST(Journal, AFullRegularFileIsRotated) {
     nvtest::TempDir dir;

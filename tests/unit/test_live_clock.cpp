@@ -57,6 +57,28 @@ TEST_F(LiveClock, DateKeepsTheTimeOfDay) {
                 now.tm_hour * 3600 + now.tm_min * 60 + now.tm_sec, 2);
 }
 
+// The journal's values: the date shown before the change and the one the
+// clock was set to, though the replaced setter leaves the clock unmoved.
+TEST_F(LiveClock, TheChangeRecordsTheOldAndTheNewDateAndTime) {
+    char today[16];
+    time_t now = time(nullptr);
+    struct tm t = Utc(now);
+    strftime(today, sizeof today, "%Y-%m-%d", &t);
+    nvagent::CmdResult r = backend->Apply(58, "2024 2 9");
+    ASSERT_EQ(r.iCode, em_ActSuccAll) << r.sDetail;
+    EXPECT_EQ(r.sOldValues, std::string("{\"sNowDate\":\"") + today + "\"}");
+    EXPECT_EQ(r.sNewValues, "{\"sNowDate\":\"2024-02-09\"}");
+    r = backend->Apply(59, "13 45 30");
+    ASSERT_EQ(r.iCode, em_ActSuccAll) << r.sDetail;
+    EXPECT_EQ(r.sNewValues, "{\"sNowTime\":\"13:45:30\"}");
+    EXPECT_EQ(r.sOldValues.rfind("{\"sNowTime\":\"", 0), 0u) << r.sOldValues;
+    fail = true;
+    r = backend->Apply(59, "13 45 31");
+    EXPECT_EQ(r.iCode, em_ActFail);
+    EXPECT_EQ(r.sOldValues, "");
+    EXPECT_EQ(r.sNewValues, "");
+}
+
 TEST_F(LiveClock, TimeKeepsTheDate) {
     time_t before = time(nullptr);
     nvagent::CmdResult r = backend->Apply(59, "13 45 30");

@@ -6,18 +6,14 @@
 #include <cstdio>
 #include <mutex>
 
+#include "agent/change_values.h"
 #include "agent/commands/command_parser.h"
 #include "agent/commands/own_settings.h"
-#include "agent/display_lines.h"
 #include "agent/live/live_changes.h"
 #include "agent/live/live_files.h"
-#include "agent/live/live_firewall.h"
-#include "agent/live/live_interfaces.h"
-#include "agent/live/live_kernel.h"
-#include "agent/live/live_listen.h"
 #include "agent/live/live_monitors.h"
-#include "agent/live/live_services.h"
 #include "agent/live/live_settings.h"
+#include "agent/live/live_state.h"
 #include "agent/live/live_sysinfo.h"
 #include "agent/monitors/memory_monitor.h"
 #include "agent/state_json.h"
@@ -68,7 +64,23 @@ public:
         std::lock_guard<std::mutex> lock(m_mu);
         if (IsOwnSetting(req))
             return ApplyOwn(cmd, req);
-        return std::visit(Change{*this, cmd}, req);
+        bool recorded = !ChangedFields(cmd).empty();
+        cConf_Inf c0 = DefaultConf();
+        cSvrState s0;
+        if (recorded)
+            ReadChangedPart(cmd, c0, s0);
+        time_t clockSetTo = -1;
+        r = std::visit(Change{*this, cmd, clockSetTo}, req);
+        if (recorded && r.iCode == em_ActSuccAll) {
+            cConf_Inf c1 = DefaultConf();
+            cSvrState s1;
+            ReadChangedPart(cmd, c1, s1);
+            // The clock as set, which a replaced setter leaves unmoved.
+            if (clockSetTo != -1)
+                FormatDateTime(clockSetTo, c1.sNowDate, c1.sNowTime);
+            RecordChange(cmd, c0, s0, c1, s1, r);
+        }
+        return r;
     }
 
 private:
@@ -76,6 +88,15 @@ private:
     struct Change {
         LiveBackend& b;
         short cmd;
+        time_t& clockSetTo;
+
+        // The clock setter, noting the time it was given.
+        ClockSetter Setter() {
+            return [this](time_t when, std::string& err) {
+                clockSetTo = when;
+                return b.m_opts.setClock(when, err);
+            };
+        }
 
         CmdResult operator()(const FlagRequest& q) {
             if (q.cmd >= 4 && q.cmd <= 6)
@@ -97,10 +118,10 @@ private:
         CmdResult operator()(const InterfaceRequest& q) { return ChangeInterface(q); }
         CmdResult operator()(const InterfaceManualRequest& q) { return ChangeInterfaceManual(q); }
         CmdResult operator()(const DateRequest& q) {
-            return ChangeDate(q, b.m_opts.setClock, time(nullptr));
+            return ChangeDate(q, Setter(), time(nullptr));
         }
         CmdResult operator()(const TimeRequest& q) {
-            return ChangeTime(q, b.m_opts.setClock, time(nullptr));
+            return ChangeTime(q, Setter(), time(nullptr));
         }
         CmdResult operator()(const PolicyRequest& q) { return ChangePolicy(q, b.Rules()); }
         CmdResult operator()(const RuleAddRequest& q) { return AddRule(q, b.Rules()); }
@@ -144,44 +165,11 @@ private:
         std::string err;
         if (!SaveSettings(SettingsPath(m_opts.sDataDir), next, err))
             return Failed("Could not save the agent's settings: " + err + ".");
+        RecordChange(cmd, m_settings, cSvrState(), next, cSvrState(), r);
         m_settings = std::move(next);
         if (monitors)
             m_monitors.Apply(m_settings);
         return r;
-    }
-
-    static void ReadMachine(cConf_Inf& conf, cSvrState& svr) {
-        ReadKernelSettings(conf);
-        ReadServices(conf);
-        conf.sHostname = CurrentHostName();
-        FormatDateTime(time(nullptr), conf.sNowDate, conf.sNowTime);
-        std::string text;
-        conf.chOSReleaseVersion =
-            ReadTextFile("/etc/os-release", text) || ReadTextFile("/usr/lib/os-release", text)
-                ? OsReleaseFamily(text)
-                : static_cast<char>(emOSUnknown);
-        // The memory monitor's own reading, so that the page and the
-        // monitor's ceiling speak of the same figure.
-        nvmonit::MemoryFigures mem;
-        if (nvmonit::ReadMemory("/proc", mem)) {
-            svr.iMemTotal = static_cast<int>(mem.llTotalMb);
-            svr.iMemUse = static_cast<int>(mem.llUsedMb);
-            svr.iMemFree = static_cast<int>(mem.llFreeMb);
-        }
-        svr.vDiskInfo = ReadDiskInfo();
-        svr.vsDiskInfoList = DiskInfoLines(svr.vDiskInfo);
-        svr.vTcpListen = ReadListeners();
-        svr.vsTcpListenList = ListenLines(svr.vTcpListen);
-        std::vector<NetInterface> ifs;
-        std::string err;
-        if (ReadInterfaces(ifs, err))
-            svr.vsIfconfigList = InterfaceLines(ifs);
-        ChainView in, out;
-        ReadFirewall(in, out, err);
-        svr.vsIptablesInputList = in.lines;
-        svr.chIptablesInputPolicy = in.policy;
-        svr.vsIptablesOutputList = out.lines;
-        svr.chIptablesOutputPolicy = out.policy;
     }
 
     LiveOptions m_opts;

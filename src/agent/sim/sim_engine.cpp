@@ -4,6 +4,7 @@
 #include "agent/sim/sim_engine.h"
 
 #include "agent/atomic_file.h"
+#include "agent/change_values.h"
 #include "agent/commands/command_parser.h"
 #include "agent/sim/sim_apply.h"
 #include "agent/sim/sim_state_json.h"
@@ -120,6 +121,8 @@ CmdResult SimEngine::Apply(short cmd, const std::string& payload) {
             return {em_ActFail, "Could not save the state: " + err + "."};
         }
     }
+    SetShownTime(real);
+    RecordChange(cmd, m_state.conf, m_state.svr, next.conf, next.svr, r);
     m_state = std::move(next);
     m_bodyValid = false;
     return r;
