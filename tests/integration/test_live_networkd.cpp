@@ -189,6 +189,26 @@ TEST_F(LiveNetworkd, AGeneratedResolvConfIsLeftAlone) {
     EXPECT_EQ(nvtest::ReadFile("/etc/resolv.conf"), generated);
 }
 
+TEST_F(LiveNetworkd, NoLeaseUndoesTheChange) {
+    ASSERT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 10.77.0.1 - -"), em_ActSuccAll) << detail;
+    std::string file = File();
+    // The DHCP server stops answering for the time of the request.
+    pid_t server =
+        static_cast<pid_t>(atoi(nvtest::ReadFile("/run/nv-sandbox/dnsmasq.pid").c_str()));
+    ASSERT_GT(server, 1);
+    ASSERT_EQ(kill(server, SIGSTOP), 0);
+    int code = agent.Send(54, "nv0", &detail, 60000);
+    kill(server, SIGCONT);
+    EXPECT_EQ(code, em_ActFail);
+    EXPECT_NE(detail.find("no DHCP lease came within 30 s"), std::string::npos) << detail;
+    EXPECT_EQ(File(), file);
+    EXPECT_NE(Addr().find("inet 10.77.0.9/24"), std::string::npos) << Addr();
+    EXPECT_EQ(Addr().find("dynamic"), std::string::npos) << Addr();
+    EXPECT_NE(Tool({"ip", "route", "show", "default"}).find("default via 10.77.0.1 dev nv0"),
+              std::string::npos)
+        << Tool({"ip", "route"});
+}
+
 // Last: networkctl fails once the bus is gone, and everything is put back;
 // the bus is then started again for networkd to find.
 TEST_F(LiveNetworkd, ANetworkctlFailureUndoesTheWholeChange) {

@@ -10,7 +10,7 @@
 #
 # Usage: nv-sandbox.sh [--dhcp] [--networkd] -- COMMAND [ARG]...
 #   --dhcp      run dnsmasq in the peer namespace, serving 10.77.0.100-150 on
-#               nvpeer0 (10.77.0.1/24)
+#               nvpeer0 (10.77.0.1/24); its pid in /run/nv-sandbox/dnsmasq.pid
 #   --networkd  run a private system bus (dbus-daemon, socket in the
 #               sandbox's /run, no service activation) and systemd-networkd
 #               as the sandbox's network manager; /sys is read-only, as in a
@@ -97,6 +97,8 @@ if [ "${1:-}" = "--inside" ]; then
       --conf-file=/dev/null --interface=nvpeer0 --bind-interfaces --except-interface=lo \
       --dhcp-range=10.77.0.100,10.77.0.150,255.255.255.0,2m --dhcp-leasefile=/run/nv-leases \
       --pid-file= --log-facility=/run/dnsmasq.log &
+    mkdir -p /run/nv-sandbox
+    echo $! > /run/nv-sandbox/dnsmasq.pid
   fi
   if [ "$networkd" = 1 ]; then
     start_networkd "$work"
