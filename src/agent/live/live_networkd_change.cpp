@@ -26,6 +26,7 @@ const int kNetworkctlLimitMs = 30000;
 const int kLeaseWaitMs = 30000;
 const int kApplyWaitMs = 10000;
 const int kStableMs = 500;
+const int kRestoreWaitMs = 5000;
 
 using Wanted = std::function<bool(const NetInterface&)>;
 
@@ -79,7 +80,17 @@ CmdResult Apply(const NetInterface& n, const NetworkdSettings& next, short cmd,
     else
         unlink(path.c_str());
     UndoResolvPlan(dns);
-    Networkctl({"reload"}, ignored);
+    // A networkd that reloads the old file puts the old state back itself;
+    // what it does not (an address it never managed) is restored by hand
+    // once it is done.
+    if (Networkctl({"reload"}, ignored)) {
+        WaitForInterface(
+            n.name,
+            [&n](const NetInterface& i) {
+                return i.up == n.up && i.ip == n.ip && i.mask == n.mask;
+            },
+            kRestoreWaitMs, kStableMs);
+    }
     RestoreSnapshot(before);
     return Failed(n.name + " could not be configured: " + why +
                   "; the old settings were put back.");

@@ -35,7 +35,8 @@ ResolvPlan PlanResolvConf(const std::vector<std::string>& servers, const std::st
     if (servers.empty())
         return p;
     struct stat st {};
-    if (lstat(kResolvConfPath, &st) == 0 && S_ISLNK(st.st_mode)) {
+    bool present = lstat(kResolvConfPath, &st) == 0;
+    if (present && S_ISLNK(st.st_mode)) {
         std::string target = LinkTarget(kResolvConfPath);
         if (target.find("systemd/resolve/") != std::string::npos) {
             p.note = resolved ? "The DNS servers were stored in " + storedIn +
@@ -51,9 +52,13 @@ ResolvPlan PlanResolvConf(const std::vector<std::string>& servers, const std::st
         p.note = LeftAlone(storedIn, "resolvconf");
         return p;
     }
-    p.existed = ReadTextFile(kResolvConfPath, p.old);
-    if (p.existed && !S_ISREG(st.st_mode)) {
+    if (present && !S_ISREG(st.st_mode)) {
         p.note = LeftAlone(storedIn, "another program (it is not a regular file)");
+        return p;
+    }
+    p.existed = present;
+    if (present && !ReadTextFile(kResolvConfPath, p.old)) {
+        p.note = LeftAlone(storedIn, "another program (it cannot be read)");
         return p;
     }
     std::string generator = ResolvConfGenerator(p.old);
