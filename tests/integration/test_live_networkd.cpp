@@ -49,9 +49,11 @@ protected:
         setenv("NVUI_LOG", files.File("nvcmd.log").c_str(), 1);
     }
     void TearDown() override {
-        // The administrator's file is never touched.
+        // The administrator's file is never touched, and the agent stops
+        // cleanly (in a sanitizer build: without a report).
         if (ran) {
             EXPECT_EQ(nvtest::ReadFile(kAdminFile), kAdminText);
+            EXPECT_EQ(agent.Stop(), 0) << agent.Process().ReadStderr();
         }
         unsetenv("NVUI_SOCKET");
         unsetenv("NVUI_LOG");
@@ -187,6 +189,16 @@ TEST_F(LiveNetworkd, AGeneratedResolvConfIsLeftAlone) {
     EXPECT_NE(detail.find("/etc/resolv.conf is managed by NetworkManager"), std::string::npos)
         << detail;
     EXPECT_EQ(nvtest::ReadFile("/etc/resolv.conf"), generated);
+}
+
+TEST_F(LiveNetworkd, AMissingResolvConfIsCreated) {
+    unlink("/etc/resolv.conf");
+    ASSERT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 - 10.77.0.1 10.77.0.2"), em_ActSuccAll)
+        << detail;
+    EXPECT_EQ(nvtest::ReadFile("/etc/resolv.conf"), "nameserver 10.77.0.1\nnameserver 10.77.0.2\n");
+    struct stat st {};
+    ASSERT_EQ(stat("/etc/resolv.conf", &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0644u);
 }
 
 TEST_F(LiveNetworkd, NoLeaseUndoesTheChange) {
