@@ -91,6 +91,9 @@ protected:
 };
 
 TEST_F(LiveNetworkd, ManualAddressAtOnceInItsOwnFileAndResolvConf) {
+    // ifupdown's file is there too, but networkd runs: it is not touched.
+    std::string interfaces = nvtest::ReadFile("/etc/network/interfaces");
+    ASSERT_NE(interfaces, "");
     std::string out;
     ASSERT_EQ(Nvcmd("55", "nv0 10.77.0.9 255.255.255.0 10.77.0.1 10.77.0.1 10.77.0.2", &out), 0)
         << out;
@@ -109,6 +112,7 @@ TEST_F(LiveNetworkd, ManualAddressAtOnceInItsOwnFileAndResolvConf) {
     EXPECT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 10.77.0.1 10.77.0.1 10.77.0.2"),
               em_ActNeedNoSet)
         << detail;
+    EXPECT_EQ(nvtest::ReadFile("/etc/network/interfaces"), interfaces);
     // Another address replaces the first; without a gateway the route goes.
     ASSERT_EQ(Send(55, "nv0 10.77.0.10 255.255.0.0 - - -"), em_ActSuccAll) << detail;
     EXPECT_NE(Addr().find("inet 10.77.0.10/16"), std::string::npos) << Addr();
