@@ -8,7 +8,8 @@
 # /etc, a veth pair with a DHCP server behind it, its own firewall and
 # sysctls; see tests/support/nv-sandbox.sh), then leaves a shell in the
 # sandbox to read the changes back with ip, iptables -S or sysctl. Needs
-# root; the machine itself is not changed.
+# root; the machine itself is not changed. --sandbox --networkd makes
+# systemd-networkd the sandbox's network manager instead of ifupdown.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -30,7 +31,9 @@ if [ "${1:-}" = "--in-sandbox" ]; then
   echo
   echo "You are in the sandbox (host name $(hostname)); the agent still runs."
   echo "Read the changes back: ip addr, iptables -S, sysctl net.ipv4.tcp_syncookies,"
-  echo "cat /etc/hostname, cat /etc/network/interfaces; run nvui again; exit to leave."
+  echo "cat /etc/hostname, cat /etc/network/interfaces (or, under systemd-networkd,"
+  echo "networkctl status nv0, cat /etc/systemd/network/00-norvane-nv0.network),"
+  echo "cat /etc/resolv.conf; run nvui again; exit to leave."
   PS1='nv-sandbox# ' bash --norc -i || true
   exit 0
 fi
@@ -40,7 +43,9 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j"$(nproc)" --target norvaned nvcmd nvui >/dev/null
 
 if [ "${1:-}" = "--sandbox" ]; then
-  exec bash tests/support/nv-sandbox.sh --dhcp -- bash scripts/demo.sh --in-sandbox
+  flags=(--dhcp)
+  if [ "${2:-}" = "--networkd" ]; then flags+=(--networkd); fi
+  exec bash tests/support/nv-sandbox.sh "${flags[@]}" -- bash scripts/demo.sh --in-sandbox
 fi
 
 dir=$(mktemp -d /tmp/nvdemo.XXXXXX)

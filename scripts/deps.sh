@@ -10,7 +10,7 @@ packages=(
   libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd
   ifupdown isc-dhcp-client vsftpd samba
   libsystemd-dev
-  debhelper dpkg-dev lintian man-db systemd jq logrotate git
+  debhelper dpkg-dev lintian man-db systemd dbus-daemon jq logrotate git
 )
 
 missing=()

@@ -44,8 +44,9 @@ bool LiveAgent::Check(cConf_Inf& conf, cSvrState& svr, std::string& err) const {
     return CheckState(m_agent.SocketPath(), conf, svr, err);
 }
 
-int LiveAgent::Send(short cmd, const std::string& payload, std::string* detail) const {
-    Answer a = Request(m_agent.SocketPath(), cmd, payload, 30000);
+int LiveAgent::Send(short cmd, const std::string& payload, std::string* detail,
+                    int timeoutMs) const {
+    Answer a = Request(m_agent.SocketPath(), cmd, payload, timeoutMs);
     if (!a.bOk) {
         if (detail != nullptr)
             *detail = a.sError;

@@ -8,17 +8,64 @@
 # NV_SANDBOX=1; when it ends every process, mount and namespace of the
 # sandbox goes with it and the private copies are removed.
 #
-# Usage: nv-sandbox.sh [--dhcp] -- COMMAND [ARG]...
-#   --dhcp   run dnsmasq in the peer namespace, serving 10.77.0.100-150 on
-#            nvpeer0 (10.77.0.1/24)
+# Usage: nv-sandbox.sh [--dhcp] [--networkd] -- COMMAND [ARG]...
+#   --dhcp      run dnsmasq in the peer namespace, serving 10.77.0.100-150 on
+#               nvpeer0 (10.77.0.1/24); its pid in /run/nv-sandbox/dnsmasq.pid
+#   --networkd  run a private system bus (dbus-daemon, socket in the
+#               sandbox's /run, no service activation) and systemd-networkd
+#               as the sandbox's network manager; /sys is read-only, as in a
+#               container, so that networkd does not wait for udev. Their
+#               pids are in /run/nv-sandbox/{dbus,networkd}.pid and the bus's
+#               configuration file is named by NV_SANDBOX_DBUS_CONF.
 # Needs root. Exit status: the command's; 77 when namespaces are not
 # available (the test harness reports a skip).
 set -euo pipefail
+
+# Waits up to 10 s for a path to exist.
+wait_for() {
+  local i
+  for i in $(seq 100); do
+    [ -e "$1" ] && return 0
+    sleep 0.1
+  done
+  echo "nv-sandbox: $1 did not appear" >&2
+  return 1
+}
+
+# The private system bus and networkd (inside the sandbox's namespaces).
+start_networkd() {
+  local work="$1"
+  mount -o remount,ro /sys
+  mkdir -p /run/dbus /run/nv-sandbox
+  export NV_SANDBOX_DBUS_CONF="$work/dbus.conf"
+  dbus-daemon --config-file="$NV_SANDBOX_DBUS_CONF" --nofork --nopidfile \
+    2>/run/nv-sandbox/dbus.log &
+  echo $! > /run/nv-sandbox/dbus.pid
+  wait_for /run/dbus/system_bus_socket
+  install -d -o systemd-network -g systemd-network /run/systemd /run/systemd/netif \
+    /run/systemd/netif/links /run/systemd/netif/leases /run/systemd/netif/lldp
+  /usr/lib/systemd/systemd-networkd 2>/run/nv-sandbox/networkd.log &
+  echo $! > /run/nv-sandbox/networkd.pid
+  wait_for /run/systemd/netif/state
+}
+
+# Stops what start_networkd started (the end of the sandbox's PID namespace
+# would end them anyway).
+stop_daemons() {
+  local f pid
+  for f in /run/nv-sandbox/networkd.pid /run/nv-sandbox/dbus.pid; do
+    [ -f "$f" ] || continue
+    pid="$(cat "$f")"
+    kill "$pid" 2>/dev/null || true
+    wait "$pid" 2>/dev/null || true
+  done
+}
 
 if [ "${1:-}" = "--inside" ]; then
   shift
   work="$1"; shift
   dhcp="$1"; shift
+  networkd="$1"; shift
   mount --make-rprivate /
   # A null device of our own, whatever happens to the machine's meanwhile.
   mount --bind "$work/null" /dev/null
@@ -50,21 +97,32 @@ if [ "${1:-}" = "--inside" ]; then
       --conf-file=/dev/null --interface=nvpeer0 --bind-interfaces --except-interface=lo \
       --dhcp-range=10.77.0.100,10.77.0.150,255.255.255.0,2m --dhcp-leasefile=/run/nv-leases \
       --pid-file= --log-facility=/run/dnsmasq.log &
+    mkdir -p /run/nv-sandbox
+    echo $! > /run/nv-sandbox/dnsmasq.pid
+  fi
+  if [ "$networkd" = 1 ]; then
+    start_networkd "$work"
   fi
   export NV_SANDBOX=1
+  set +e
   "$@"
-  exit $?
+  status=$?
+  set -e
+  stop_daemons
+  exit $status
 fi
 
 dhcp=0
+networkd=0
 while [ $# -gt 0 ]; do
   case "$1" in
     --dhcp) dhcp=1; shift ;;
+    --networkd) networkd=1; shift ;;
     --) shift; break ;;
     *) break ;;
   esac
 done
-[ $# -gt 0 ] || { echo "usage: nv-sandbox.sh [--dhcp] -- COMMAND [ARG]..." >&2; exit 2; }
+[ $# -gt 0 ] || { echo "usage: nv-sandbox.sh [--dhcp] [--networkd] -- COMMAND [ARG]..." >&2; exit 2; }
 if [ "$(id -u)" -ne 0 ]; then
   echo "nv-sandbox: needs root" >&2
   exit 77
@@ -80,9 +138,47 @@ cp -a /etc "$work/etc"
 mknod -m 666 "$work/null" c 1 3
 cat /proc/sys/kernel/threads-max > "$work/threads-max"
 cat /proc/sys/fs/file-max > "$work/file-max"
+if [ "$networkd" = 1 ]; then
+  for tool in dbus-daemon networkctl /usr/lib/systemd/systemd-networkd; do
+    if ! command -v "$tool" >/dev/null; then
+      echo "nv-sandbox: $tool is missing" >&2
+      exit 77
+    fi
+  done
+  # A system bus for networkctl and networkd only: their policies from the
+  # packages' system.d files, no service directories (nothing is activated).
+  cat > "$work/dbus.conf" <<'CONF'
+<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>system</type>
+  <listen>unix:path=/run/dbus/system_bus_socket</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow user="*"/>
+    <deny own="*"/>
+    <deny send_type="method_call"/>
+    <allow send_type="signal"/>
+    <allow send_requested_reply="true" send_type="method_return"/>
+    <allow send_requested_reply="true" send_type="error"/>
+    <allow receive_type="method_call"/>
+    <allow receive_type="method_return"/>
+    <allow receive_type="error"/>
+    <allow receive_type="signal"/>
+    <allow send_destination="org.freedesktop.DBus" send_interface="org.freedesktop.DBus"/>
+    <allow send_destination="org.freedesktop.DBus"
+           send_interface="org.freedesktop.DBus.Introspectable"/>
+    <allow send_destination="org.freedesktop.DBus"
+           send_interface="org.freedesktop.DBus.Properties"/>
+  </policy>
+  <includedir>/usr/share/dbus-1/system.d</includedir>
+  <includedir>/etc/dbus-1/system.d</includedir>
+</busconfig>
+CONF
+fi
 set +e
 unshare --net --uts --ipc --mount --pid --fork --mount-proc \
-  bash "$(readlink -f "$0")" --inside "$work" "$dhcp" "$@"
+  bash "$(readlink -f "$0")" --inside "$work" "$dhcp" "$networkd" "$@"
 status=$?
 set -e
 exit $status
