@@ -37,4 +37,10 @@ bool SocketPathFits(const std::string& path);
 // whole exchange. Tests may shorten it.
 extern int g_iRequestTimeoutMs;
 
+// How long RequestCmd waits for the answer to a set command at most, in
+// milliseconds, counted from the request: a change may keep the agent busy
+// for up to a minute (an interface waiting for its DHCP lease), and the
+// console shows that it is executing meanwhile. Tests may shorten it.
+extern int g_iSetRequestTimeoutMs;
+
 #endif

@@ -19,6 +19,7 @@
 #include "wire/wire.h"
 
 int g_iRequestTimeoutMs = 10000;
+int g_iSetRequestTimeoutMs = 120000;
 
 namespace {
 
@@ -27,6 +28,7 @@ typedef std::chrono::steady_clock Clock;
 struct Exchange {
     int fd;
     Clock::time_point deadline;
+    int limitMs;         // the limit the deadline stands for, for the message
     std::string detail;  // why a local failure happened, for sReqRetInfo
 };
 
@@ -47,7 +49,7 @@ bool WaitReady(Exchange& ex, short events) {
         }
     }
     char buf[96];
-    snprintf(buf, sizeof buf, "No answer from the agent within %d ms.", g_iRequestTimeoutMs);
+    snprintf(buf, sizeof buf, "No answer from the agent within %d ms.", ex.limitMs);
     ex.detail = buf;
     return false;
 }
@@ -237,6 +239,14 @@ int RequestCmd(cGlobalVal* pObj) {
     Exchange ex;
     ex.fd = pObj->fdConn;
     ex.deadline = nvclient::TakeRequestDeadline(pObj->fdConn);
+    ex.limitMs = g_iRequestTimeoutMs;
+    if (!IsCheck(pObj)) {
+        Clock::time_point longer = Clock::now() + std::chrono::milliseconds(g_iSetRequestTimeoutMs);
+        if (longer > ex.deadline) {
+            ex.deadline = longer;
+            ex.limitMs = g_iSetRequestTimeoutMs;
+        }
+    }
     pObj->iLenRecved = 0;
     pObj->sReqRetInfo.clear();
     int rc = Converse(pObj, ex);

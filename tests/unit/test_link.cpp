@@ -16,6 +16,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <thread>
 #include <vector>
 
 #include "cmdclient/cmd_client.h"
@@ -67,6 +68,7 @@ protected:
         ApplyLinkEnvironment();
         pg_Obj->sReqRetInfo.clear();
         g_iRequestTimeoutMs = 10000;
+        g_iSetRequestTimeoutMs = 120000;
     }
     void TearDown() override {
         unlink(m_log.c_str());
@@ -74,6 +76,7 @@ protected:
         unsetenv(NVUI_ENV_SOCKET);
         unsetenv(NVUI_ENV_LOG);
         g_iRequestTimeoutMs = 10000;
+        g_iSetRequestTimeoutMs = 120000;
     }
     void UseAgent(const FakeAgent& a) {
         setenv(NVUI_ENV_SOCKET, a.SocketPath().c_str(), 1);
@@ -314,6 +317,25 @@ TEST_F(BadAnswerTest, StalledAgentEndsTheRequest) {
     EXPECT_LT(ms, 2500);
     EXPECT_THAT(pg_Obj->sReqRetInfo, HasSubstr("No answer from the agent"));
     EXPECT_THAT(GetOperatingInfoStr(em_Error), HasSubstr("No answer from the agent"));
+}
+
+// A change may keep the agent busy longer than a check may take: the answer
+// to a set command is waited for up to its own, longer limit, and still
+// within a limit.
+TEST_F(BadAnswerTest, ASetCommandIsWaitedForLongerThanACheck) {
+    g_iRequestTimeoutMs = 300;
+    g_iSetRequestTimeoutMs = 5000;
+    FakeAgent slow([](const FakeRequest& req) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(900));
+        return MakeAnswer(req.cmd, em_ActSuccAll, "");
+    });
+    UseAgent(slow);
+    EXPECT_EQ(GetObjInfo(), em_Error);
+    EXPECT_EQ(pg_Obj->sReqRetInfo, "No answer from the agent within 300 ms.");
+    EXPECT_EQ(SetObjInfo(57, 5, const_cast<char*>("web02")), em_ActSuccAll);
+    g_iSetRequestTimeoutMs = 400;
+    EXPECT_EQ(SetObjInfo(57, 5, const_cast<char*>("web03")), em_Error);
+    EXPECT_EQ(pg_Obj->sReqRetInfo, "No answer from the agent within 400 ms.");
 }
 
 // ---- connecting ----
