@@ -57,6 +57,17 @@ std::string Cstr(const char* s, size_t cap) {
 
 }  // namespace
 
+void FormatDateTime(time_t t, std::string& date, std::string& clock) {
+    struct tm tm {};
+    localtime_r(&t, &tm);
+    char d[32];
+    char h[32];
+    strftime(d, sizeof d, "%Y-%m-%d", &tm);
+    strftime(h, sizeof h, "%H:%M:%S", &tm);
+    date = d;
+    clock = h;
+}
+
 tVecStr VolumeLines(const std::vector<cDiskVolume>& v) {
     auto part = [](const cDiskVolume& d) { return Cstr(d.szPart, sizeof d.szPart); };
     size_t w = Widest(v, part, 10);

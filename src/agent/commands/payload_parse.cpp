@@ -17,7 +17,7 @@ std::vector<std::string> SplitBlanks(const std::string& s) {
     return out;
 }
 
-static std::string Trim(const std::string& s) {
+std::string Trim(const std::string& s) {
     const char* blanks = " \t\r";
     size_t b = s.find_first_not_of(blanks);
     if (b == std::string::npos)

@@ -10,6 +10,9 @@
 
 namespace nvagent {
 
+// s without the blanks, tabs and carriage returns at either end.
+std::string Trim(const std::string& s);
+
 // Splits at every single blank, so two blanks in a row give an empty token.
 std::vector<std::string> SplitBlanks(const std::string& s);
 

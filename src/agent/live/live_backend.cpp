@@ -9,6 +9,7 @@
 #include "agent/change_values.h"
 #include "agent/commands/command_parser.h"
 #include "agent/commands/own_settings.h"
+#include "agent/display_lines.h"
 #include "agent/live/live_changes.h"
 #include "agent/live/live_files.h"
 #include "agent/live/live_monitors.h"

@@ -51,11 +51,8 @@ std::string PackageCopy(const std::string& dataDir) {
 // old text comes back when that fails.
 CmdResult Rewrite(const std::string& old, const std::string& next, const std::string& dataDir) {
     std::string err;
-    struct stat st {};
-    if (stat(PackageCopy(dataDir).c_str(), &st) != 0 &&
-        !WriteFileAtomically(PackageCopy(dataDir), old, err)) {
+    if (!KeepPackageCopy(PackageCopy(dataDir), old, err))
         return Failed("Could not keep a copy of the FTP configuration: " + err + ".");
-    }
     if (!WriteFileAtomically(kFtpConfigPath, next, err))
         return Failed(std::string("Could not write ") + kFtpConfigPath + ": " + err + ".");
     if (ProcessRuns(kFtpService) && !ControlService(kFtpService, "restart", err)) {
@@ -78,16 +75,8 @@ CmdResult ChangeFtpFlag(const FlagRequest& q, const std::string& dataDir) {
     std::string text;
     ReadTextFile(kFtpConfigPath, text);
     ParseFtpConfig(text, now);
-    if (q.cmd == 46) {
-        bool runs = ProcessRuns(kFtpService);
-        if (runs == q.on)
-            return FlagUnchanged(q.cmd, q.on);
-        std::string err;
-        if (!ControlService(kFtpService, q.on ? "start" : "stop", err))
-            return Failed(std::string("The FTP server could not be ") +
-                          (q.on ? "started: " : "stopped: ") + err + ".");
-        return Done();
-    }
+    if (q.cmd == 46)
+        return SwitchService(q.cmd, q.on, kFtpService, "The FTP server");
     for (const FtpFlag& f : kFtpFlags) {
         if (f.cmd != q.cmd)
             continue;

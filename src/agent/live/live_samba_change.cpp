@@ -39,11 +39,8 @@ std::string PackageCopy(const std::string& dataDir) {
 
 CmdResult Rewrite(const std::string& old, const std::string& next, const std::string& dataDir) {
     std::string err;
-    struct stat st {};
-    if (stat(PackageCopy(dataDir).c_str(), &st) != 0 &&
-        !WriteFileAtomically(PackageCopy(dataDir), old, err)) {
+    if (!KeepPackageCopy(PackageCopy(dataDir), old, err))
         return Failed("Could not keep a copy of the Samba configuration: " + err + ".");
-    }
     std::string candidate = std::string(kSambaConfigPath) + ".norvane-check";
     if (!WriteFileAtomically(candidate, next, err))
         return Failed("Could not write " + candidate + ": " + err + ".");
@@ -70,15 +67,8 @@ CmdResult ChangeSambaFlag(const FlagRequest& q, const std::string& dataDir) {
         return r;
     std::string text;
     ReadTextFile(kSambaConfigPath, text);
-    if (q.cmd == 50) {
-        if (ProcessRuns(kSambaService) == q.on)
-            return FlagUnchanged(q.cmd, q.on);
-        std::string err;
-        if (!ControlService(kSambaService, q.on ? "start" : "stop", err))
-            return Failed(std::string("Samba could not be ") + (q.on ? "started: " : "stopped: ") +
-                          err + ".");
-        return Done();
-    }
+    if (q.cmd == 50)
+        return SwitchService(q.cmd, q.on, kSambaService, "Samba");
     cConf_Inf now;
     ParseSambaConfig(text, now);
     if (now.chSambaShareWrite == (q.on ? '1' : '0'))

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <sstream>
 
+#include "agent/commands/payload_parse.h"
 #include "agent/live/live_files.h"
 
 namespace nvagent {
@@ -16,14 +17,6 @@ const char* const kSambaConfigPath = "/etc/samba/smb.conf";
 const char* const kShareSection = "norvane";
 
 namespace {
-
-std::string Trim(const std::string& s) {
-    size_t b = s.find_first_not_of(" \t\r");
-    if (b == std::string::npos)
-        return std::string();
-    size_t e = s.find_last_not_of(" \t\r");
-    return s.substr(b, e - b + 1);
-}
 
 bool IsYes(const std::string& v) {
     return strcasecmp(v.c_str(), "yes") == 0 || strcasecmp(v.c_str(), "true") == 0 || v == "1";

@@ -18,17 +18,6 @@ std::string CurrentHostName() {
     return buf;
 }
 
-void FormatDateTime(time_t t, std::string& date, std::string& clock) {
-    struct tm tm {};
-    localtime_r(&t, &tm);
-    char d[32];
-    char h[32];
-    strftime(d, sizeof d, "%Y-%m-%d", &tm);
-    strftime(h, sizeof h, "%H:%M:%S", &tm);
-    date = d;
-    clock = h;
-}
-
 char OsReleaseFamily(const std::string& osRelease) {
     std::string id;
     std::string like;

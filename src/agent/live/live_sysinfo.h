@@ -1,5 +1,5 @@
 // The machine's identity and resources for the check answer: host name,
-// date and time, the distribution and mounted file systems (memory is read
+// the distribution and mounted file systems (memory is read
 // by the memory monitor's own ReadMemory).
 #ifndef NV_AGENT_LIVE_LIVE_SYSINFO_H
 #define NV_AGENT_LIVE_LIVE_SYSINFO_H
@@ -13,8 +13,6 @@
 namespace nvagent {
 
 std::string CurrentHostName();
-// "YYYY-MM-DD" and "HH:MM:SS" of a moment in local time.
-void FormatDateTime(time_t t, std::string& date, std::string& clock);
 
 // The distribution family of an os-release text (EM_OS_RELEASE_VER).
 char OsReleaseFamily(const std::string& osRelease);

@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "agent/commands/payload_parse.h"
 #include "agent/live/live_files.h"
 
 namespace nvagent {
@@ -11,14 +12,6 @@ namespace nvagent {
 const char* const kNetworkdDir = "/etc/systemd/network";
 
 namespace {
-
-std::string Trim(const std::string& s) {
-    size_t b = s.find_first_not_of(" \t\r");
-    if (b == std::string::npos)
-        return std::string();
-    size_t e = s.find_last_not_of(" \t\r");
-    return s.substr(b, e - b + 1);
-}
 
 bool IsDhcpV4(const std::string& v) {
     return v == "yes" || v == "ipv4" || v == "true" || v == "1" || v == "on";

@@ -4,16 +4,11 @@
 #include <cctype>
 #include <sstream>
 
+#include "agent/commands/payload_parse.h"
+
 namespace nvagent {
 
 namespace {
-
-std::string Trim(const std::string& s) {
-    size_t b = s.find_first_not_of(" \t\r");
-    if (b == std::string::npos)
-        return std::string();
-    return s.substr(b, s.find_last_not_of(" \t\r") - b + 1);
-}
 
 std::string Lower(std::string s) {
     for (char& c : s)

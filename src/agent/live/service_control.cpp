@@ -6,6 +6,9 @@
 
 #include <sstream>
 
+#include "agent/atomic_file.h"
+#include "agent/commands/state_checks.h"
+#include "agent/live/live_services.h"
 #include "agent/live/run_process.h"
 
 namespace nvagent {
@@ -26,6 +29,20 @@ bool ControlService(const std::string& unit, const std::string& action, std::str
         return true;
     err = run.Why(SystemdRuns() ? "systemctl" : "service");
     return false;
+}
+
+CmdResult SwitchService(short cmd, bool on, const std::string& service, const std::string& what) {
+    if (ProcessRuns(service) == on)
+        return FlagUnchanged(cmd, on);
+    std::string err;
+    if (!ControlService(service, on ? "start" : "stop", err))
+        return Failed(what + " could not be " + (on ? "started: " : "stopped: ") + err + ".");
+    return Done();
+}
+
+bool KeepPackageCopy(const std::string& copyPath, const std::string& text, std::string& err) {
+    struct stat st {};
+    return stat(copyPath.c_str(), &st) == 0 || WriteFileAtomically(copyPath, text, err);
 }
 
 std::string WithConfKey(const std::string& text, const std::string& key, const std::string& value) {

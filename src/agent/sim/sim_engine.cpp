@@ -6,6 +6,7 @@
 #include "agent/atomic_file.h"
 #include "agent/change_values.h"
 #include "agent/commands/command_parser.h"
+#include "agent/display_lines.h"
 #include "agent/sim/sim_apply.h"
 #include "agent/sim/sim_state_json.h"
 #include "link/result_codes.h"
@@ -17,17 +18,6 @@ namespace {
 
 time_t SystemClock() {
     return time(nullptr);
-}
-
-void FormatShown(time_t shown, std::string& date, std::string& clock) {
-    struct tm t {};
-    localtime_r(&shown, &t);
-    char d[64];
-    char h[64];
-    strftime(d, sizeof d, "%Y-%m-%d", &t);
-    strftime(h, sizeof h, "%H:%M:%S", &t);
-    date = d;
-    clock = h;
 }
 
 // The state file's text; false with err when a string cannot be written.
@@ -49,8 +39,8 @@ SimEngine::SimEngine(SimState st, std::string statePath, Clock clock)
       m_clock(clock ? std::move(clock) : Clock(SystemClock)) {}
 
 void SimEngine::SetShownTime(time_t real) {
-    FormatShown(real + static_cast<time_t>(m_state.clockOffset), m_state.conf.sNowDate,
-                m_state.conf.sNowTime);
+    FormatDateTime(real + static_cast<time_t>(m_state.clockOffset), m_state.conf.sNowDate,
+                   m_state.conf.sNowTime);
 }
 
 void SimEngine::RebuildBody(time_t real) {
@@ -81,7 +71,7 @@ bool SimEngine::PatchBodyTime(time_t real) {
         return false;
     std::string d;
     std::string t;
-    FormatShown(real + static_cast<time_t>(m_state.clockOffset), d, t);
+    FormatDateTime(real + static_cast<time_t>(m_state.clockOffset), d, t);
     if (d.size() != 10 || t.size() != 8)
         return false;
     m_body.replace(m_dateAt, d.size(), d);
@@ -112,8 +102,8 @@ CmdResult SimEngine::Apply(short cmd, const std::string& payload) {
     r = SimApply(ctx, req);
     if (r.iCode != em_ActSuccAll)
         return r;
-    FormatShown(real + static_cast<time_t>(next.clockOffset), next.conf.sNowDate,
-                next.conf.sNowTime);
+    FormatDateTime(real + static_cast<time_t>(next.clockOffset), next.conf.sNowDate,
+                   next.conf.sNowTime);
     if (!m_path.empty()) {
         std::string text;
         std::string err;
