@@ -19,6 +19,7 @@ constexpr uint32_t kEntryMask =
     IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF;
 constexpr uint32_t kChildMask = kEntryMask | IN_MODIFY | IN_ATTRIB | IN_CLOSE_WRITE;
 constexpr auto kModifyRepeat = std::chrono::seconds(60);
+constexpr int kReconcileRounds = 8;
 
 std::string Normalize(std::string p) {
     while (p.size() > 1 && p.back() == '/')
@@ -154,9 +155,13 @@ void FileMonitor::TakeSettings() {
     Reconcile(false);
 }
 
-void FileMonitor::Reconcile(bool report) {
-    std::map<std::string, uint32_t> want;
-    std::map<std::string, bool> exists;
+// What to watch for the listed paths as they are now: each existing path's
+// parent (and the path itself when it is a directory), else the nearest
+// existing ancestor, to see the path appear; and which paths exist.
+void FileMonitor::Plan(std::map<std::string, uint32_t>& want,
+                       std::map<std::string, bool>& exists) const {
+    want.clear();
+    exists.clear();
     for (const std::string& p : m_paths) {
         if (p.empty() || p[0] != '/')
             continue;  // the agent accepts absolute paths only
@@ -167,13 +172,16 @@ void FileMonitor::Reconcile(bool report) {
                 want[p] |= kChildMask;
             want[Parent(p)] |= kChildMask;
         } else {
-            // The nearest existing ancestor, to see the path appear.
             std::string a = Parent(p);
             while (a != "/" && !IsDir(a))
                 a = Parent(a);
             want[a] |= kEntryMask;
         }
     }
+}
+
+// Sets exactly the watches of want, dropping the others.
+void FileMonitor::Watch(const std::map<std::string, uint32_t>& want) {
     std::map<int, std::string> next;
     std::set<std::string> failed;
     for (const auto& kv : want) {
@@ -194,6 +202,25 @@ void FileMonitor::Reconcile(bool report) {
             inotify_rm_watch(m_fd, kv.first);
     }
     m_wdPath.swap(next);
+}
+
+void FileMonitor::Reconcile(bool report) {
+    std::map<std::string, uint32_t> want;
+    std::map<std::string, bool> exists;
+    Plan(want, exists);
+    // What appears between the look and the watch sends no event to the
+    // watch: look again once the watches are set, until nothing moved (a
+    // directory made inside a directory just made, say), a few rounds at most.
+    for (int round = 1;; ++round) {
+        Watch(want);
+        std::map<std::string, uint32_t> nowWant;
+        std::map<std::string, bool> nowExists;
+        Plan(nowWant, nowExists);
+        if ((nowWant == want && nowExists == exists) || round == kReconcileRounds)
+            break;
+        want.swap(nowWant);
+        exists.swap(nowExists);
+    }
     for (const auto& kv : exists) {
         auto it = m_exists.find(kv.first);
         bool before = it != m_exists.end() && it->second;

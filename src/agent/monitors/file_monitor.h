@@ -13,6 +13,7 @@
 #define NV_AGENT_MONITORS_FILE_MONITOR_H
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <set>
@@ -41,6 +42,8 @@ public:
 private:
     void Run();
     void TakeSettings();
+    void Plan(std::map<std::string, uint32_t>& want, std::map<std::string, bool>& exists) const;
+    void Watch(const std::map<std::string, uint32_t>& want);
     void Reconcile(bool report);
     void ReadEvents();
     void Report(const std::string& kind, const std::string& path);
