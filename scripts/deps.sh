@@ -10,7 +10,7 @@ packages=(
   libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd
   ifupdown isc-dhcp-client vsftpd samba
   libsystemd-dev
-  debhelper dpkg-dev lintian man-db systemd dbus-daemon jq logrotate git
+  debhelper dpkg-dev lintian man-db systemd dbus-daemon jq logrotate git ccache
 )
 
 missing=()
@@ -24,10 +24,28 @@ done
 SUDO=""
 [ "$(id -u)" -eq 0 ] || SUDO="sudo"
 
+# Packages such as vsftpd, samba and dnsmasq would start their services on
+# this machine when installed; the tests run them only inside namespaces. A
+# policy-rc.d that refuses every start is in place for the installation
+# (an administrator's own policy-rc.d is left as it is).
+POLICY=/usr/sbin/policy-rc.d
+made_policy=0
+refuse_starts() {
+  if [ ! -e "$POLICY" ]; then
+    printf '#!/bin/sh\n# deps.sh: no service starts while packages install\nexit 101\n' | $SUDO tee "$POLICY" >/dev/null
+    $SUDO chmod 755 "$POLICY"
+    made_policy=1
+  fi
+}
+allow_starts() { if [ $made_policy -eq 1 ]; then $SUDO rm -f "$POLICY"; made_policy=0; fi; }
+trap allow_starts EXIT
+
 if [ ${#missing[@]} -gt 0 ]; then
   echo "deps: installing ${missing[*]}"
   $SUDO apt-get update -qq
+  refuse_starts
   DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${missing[@]}" >/dev/null
+  allow_starts
 fi
 
 have_locale() { locale -a 2>/dev/null | tr 'A-Z' 'a-z' | tr -d '-' | grep -qx "$1"; }

@@ -12,6 +12,10 @@ JOBS="$(nproc)"
 
 bash scripts/deps.sh
 
+# One compiler cache for every build of the tree and for other checkouts of
+# it: paths are hashed relative to the checkout, debug info without its folder.
+export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
+
 run_suite() {  # build dir, extra cmake flags...
   local dir=$1; shift
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
