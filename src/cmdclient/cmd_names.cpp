@@ -1,6 +1,8 @@
-// Names of the agent's commands. The console looks up only "check"; the other
-// names serve nvcmd and the diagnostic output. Numbers 12, 22, 27 and 60-63
-// are reserved: the agent answers them as not supported.
+// Names of the agent's commands: one row per number with its name, the
+// name it had before (still accepted) and what its payload holds. nvcmd's
+// help, nvcmd(1) and docs/commands.md list the same rows (a test compares
+// them). The console looks up only "check". Numbers 12, 22, 27 and 60-63 are
+// reserved: the agent answers them as not supported.
 #include "cmdclient/cmd_names.h"
 
 #include <cstring>
@@ -9,77 +11,80 @@
 #include "link/result_codes.h"
 #include "wire/wire.h"
 
+// clang-format off
 const ST_CMD_NAME g_astCmdName[] = {
-    {nvwire::kCmdCheck, "check"},
-    {nvwire::kCmdSetLang, "lang"},
-    {4, "icmp_echo_ignore_all"},
-    {5, "tcp_syncookies"},
-    {6, "tcp_tw_reuse"},
-    {7, "shmmax"},
-    {8, "shmall"},
-    {9, "shmmni"},
-    {10, "threads_max"},
-    {11, "file_max"},
-    {12, "reserved_12"},
-    {13, "file_monit_list"},
-    {14, "file_monit_flag"},
-    {15, "proc_monit_list"},
-    {16, "proc_monit_flag"},
-    {17, "cpu_monit_ceil"},
-    {18, "cpu_monit_floor"},
-    {19, "cpu_monit_flag"},
-    {20, "mem_monit_ceil"},
-    {21, "mem_monit_flag"},
-    {22, "reserved_22"},
-    {23, "dv_monit_add"},
-    {24, "dv_monit_delete"},
-    {25, "dv_monit_clear"},
-    {26, "dv_monit_flag"},
-    {27, "reserved_27"},
-    {28, "bak_monit_add"},
-    {29, "bak_monit_delete"},
-    {30, "bak_monit_clear"},
-    {31, "bak_monit_flag"},
-    {32, "input_policy"},
-    {33, "input_add"},
-    {34, "input_delete"},
-    {35, "input_clear"},
-    {36, "output_policy"},
-    {37, "output_add"},
-    {38, "output_delete"},
-    {39, "output_clear"},
-    {40, "ftp_anon_enable"},
-    {41, "ftp_anon_upload"},
-    {42, "ftp_anon_mkdir"},
-    {43, "ftp_anon_root"},
-    {44, "ftp_local_enable"},
-    {45, "ftp_write_enable"},
-    {46, "ftp_run"},
-    {47, "ftp_default"},
-    {48, "samba_share_path"},
-    {49, "samba_share_write"},
-    {50, "samba_run"},
-    {51, "samba_default"},
-    {52, "if_down"},
-    {53, "if_up"},
-    {54, "if_dhcp"},
-    {55, "if_static"},
-    {56, "password"},
-    {57, "hostname"},
-    {58, "date"},
-    {59, "time"},
-    {60, "reserved_60"},
-    {61, "reserved_61"},
-    {62, "reserved_62"},
-    {63, "reserved_63"},
+    {nvwire::kCmdCheck, "check", nullptr, "the state as JSON (nvcmd check)"},
+    {nvwire::kCmdSetLang, "lang", nullptr, "the console's language (nvcmd lang)"},
+    {4, "kernel-icmp-echo-ignore", "icmp_echo_ignore_all", "ignore ICMP echo: 1 or 0"},
+    {5, "kernel-syncookies", "tcp_syncookies", "TCP SYN cookies: 1 or 0"},
+    {6, "kernel-tw-reuse", "tcp_tw_reuse", "TIME_WAIT reuse: 1 or 0"},
+    {7, "kernel-shmmax", "shmmax", "kernel.shmmax: a number"},
+    {8, "kernel-shmall", "shmall", "kernel.shmall: a number"},
+    {9, "kernel-shmmni", "shmmni", "kernel.shmmni: a number"},
+    {10, "kernel-threads-max", "threads_max", "kernel.threads-max: a number"},
+    {11, "kernel-file-max", "file_max", "fs.file-max: a number"},
+    {12, "reserved-12", "reserved_12", nullptr},
+    {13, "file-monitor-list", "file_monit_list", "monitored files: one path a line"},
+    {14, "file-monitor", "file_monit_flag", "file monitor: 1 or 0"},
+    {15, "process-monitor-list", "proc_monit_list", "monitored processes: one command line a line"},
+    {16, "process-monitor", "proc_monit_flag", "process monitor: 1 or 0"},
+    {17, "cpu-monitor-ceiling", "cpu_monit_ceil", "CPU ceiling: a percentage"},
+    {18, "cpu-monitor-floor", "cpu_monit_floor", "CPU floor: a percentage"},
+    {19, "cpu-monitor", "cpu_monit_flag", "CPU monitor: 1 or 0"},
+    {20, "memory-monitor-ceiling", "mem_monit_ceil", "memory ceiling: a number of MB"},
+    {21, "memory-monitor", "mem_monit_flag", "memory monitor: 1 or 0"},
+    {22, "reserved-22", "reserved_22", nullptr},
+    {23, "volume-monitor-add", "dv_monit_add", "PARTITION CEILING FLOOR INTERVAL"},
+    {24, "volume-monitor-delete", "dv_monit_delete", "INDEX"},
+    {25, "volume-monitor-clear", "dv_monit_clear", "no payload"},
+    {26, "volume-monitor", "dv_monit_flag", "disk-volume monitor: 1 or 0"},
+    {27, "reserved-27", "reserved_27", nullptr},
+    {28, "backup-monitor-add", "bak_monit_add", "FILE DIRECTORY KILOBYTES"},
+    {29, "backup-monitor-delete", "bak_monit_delete", "INDEX"},
+    {30, "backup-monitor-clear", "bak_monit_clear", "no payload"},
+    {31, "backup-monitor", "bak_monit_flag", "backup monitor: 1 or 0"},
+    {32, "firewall-input-policy", "input_policy", "1 (accept) or 2 (drop)"},
+    {33, "firewall-input-add", "input_add", "PRIO PROTO SRC SPORT DST DPORT ACTION"},
+    {34, "firewall-input-delete", "input_delete", "INDEX"},
+    {35, "firewall-input-clear", "input_clear", "no payload"},
+    {36, "firewall-output-policy", "output_policy", "1 (accept) or 2 (drop)"},
+    {37, "firewall-output-add", "output_add", "PRIO PROTO SRC SPORT DST DPORT ACTION"},
+    {38, "firewall-output-delete", "output_delete", "INDEX"},
+    {39, "firewall-output-clear", "output_clear", "no payload"},
+    {40, "ftp-anonymous", "ftp_anon_enable", "anonymous FTP login: 1 or 0"},
+    {41, "ftp-anonymous-upload", "ftp_anon_upload", "anonymous upload: 1 or 0"},
+    {42, "ftp-anonymous-mkdir", "ftp_anon_mkdir", "anonymous mkdir: 1 or 0"},
+    {43, "ftp-anonymous-root", "ftp_anon_root", "anonymous root: a path"},
+    {44, "ftp-local", "ftp_local_enable", "local users' login: 1 or 0"},
+    {45, "ftp-write", "ftp_write_enable", "writing: 1 or 0"},
+    {46, "ftp-server", "ftp_run", "FTP server running: 1 or 0"},
+    {47, "ftp-defaults", "ftp_default", "no payload"},
+    {48, "samba-share-path", "samba_share_path", "the share's path"},
+    {49, "samba-share-writable", "samba_share_write", "share writable: 1 or 0"},
+    {50, "samba-server", "samba_run", "Samba running: 1 or 0"},
+    {51, "samba-defaults", "samba_default", "no payload"},
+    {52, "interface-down", "if_down", "NAME"},
+    {53, "interface-up", "if_up", "NAME"},
+    {54, "interface-dhcp", "if_dhcp", "NAME"},
+    {55, "interface-static", "if_static", "NAME IP MASK GATEWAY DNS1 DNS2"},
+    {56, "password", nullptr, "USER PASSWORD PASSWORD (from a prompt or stdin)"},
+    {57, "hostname", nullptr, "NAME"},
+    {58, "date", nullptr, "YEAR MONTH DAY"},
+    {59, "time", nullptr, "HOUR MINUTE SECOND"},
+    {60, "reserved-60", "reserved_60", nullptr},
+    {61, "reserved-61", "reserved_61", nullptr},
+    {62, "reserved-62", "reserved_62", nullptr},
+    {63, "reserved-63", "reserved_63", nullptr},
 };
+// clang-format on
 
 const int g_iCmdNameNum = sizeof(g_astCmdName) / sizeof(g_astCmdName[0]);
 
 int FindCmdNo(const char* pcName) {
     for (int i = 0; i < g_iCmdNameNum; ++i) {
-        if (strcmp(g_astCmdName[i].pcName, pcName) == 0)
-            return g_astCmdName[i].shCmdNo;
+        const ST_CMD_NAME& st = g_astCmdName[i];
+        if (strcmp(st.pcName, pcName) == 0 || (st.pcOldName && strcmp(st.pcOldName, pcName) == 0))
+            return st.shCmdNo;
     }
     return -1;
 }
@@ -94,7 +99,10 @@ const char* FindCmdName(int iCmdNo) {
 
 int SetName2Idx(cGlobalVal* pObj) {
     for (int i = 0; i < g_iCmdNameNum; ++i) {
-        pObj->mName2Idx[g_astCmdName[i].pcName] = g_astCmdName[i].shCmdNo;
+        const ST_CMD_NAME& st = g_astCmdName[i];
+        pObj->mName2Idx[st.pcName] = st.shCmdNo;
+        if (st.pcOldName)
+            pObj->mName2Idx[st.pcOldName] = st.shCmdNo;
     }
     return em_OK;
 }

@@ -106,6 +106,19 @@ size_t PayloadLen(const cGlobalVal* p) {
 
 int SendRequest(cGlobalVal* p, Exchange& ex) {
     size_t plen = PayloadLen(p);
+    // A payload that filled the buffer while the request announces more was
+    // cut when copied: sending its first part would carry out another
+    // command than the one asked for (a list stored short), so nothing goes.
+    size_t announced = p->iLenToSend > static_cast<int>(nvwire::kReqHeaderLen)
+                           ? static_cast<size_t>(p->iLenToSend) - nvwire::kReqHeaderLen
+                           : 0;
+    if (plen == sizeof(p->szCmdBuff) - 1 && announced > plen) {
+        char msg[96];
+        snprintf(msg, sizeof msg, "The payload has %zu bytes; a command carries at most %zu.",
+                 announced, plen);
+        ex.detail = msg;
+        return em_CmdTooLong;
+    }
     size_t total = nvwire::kReqHeaderLen + plen;
     nvwire::PutRequestHeader(p->szSendBuff, static_cast<uint32_t>(total), p->shCmdNo);
     if (total <= sizeof(p->szSendBuff)) {

@@ -2,7 +2,8 @@
 // real DHCP server (dnsmasq) behind the veth pair: down, up, DHCP and a
 // manual address take effect at once (read back with ip) and persist in
 // ifupdown's interfaces file; the DNS servers reach an unmanaged
-// /etc/resolv.conf, and a failed ifup puts everything back.
+// /etc/resolv.conf, and a failed ifup puts everything back. Addresses with
+// leading zeros and names a tool would read as options are refused.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -143,6 +144,57 @@ TEST_F(LiveInterfaces, AManagerThatOwnsItsFilesIsNotOverruled) {
     EXPECT_NE(detail.find("netplan"), std::string::npos) << detail;
     EXPECT_EQ(Interfaces(), before);
     Tool({"rm", "-rf", "/etc/netplan"});
+}
+
+// An address with a leading zero is read as octal by the system's tools
+// (010.0.0.1 is 8.0.0.1), and an interface named "-a" is an option to
+// ifdown and ifup (every interface): neither reaches the system.
+TEST_F(LiveInterfaces, LeadingZerosNeverReachTheFirewall) {
+    std::string before = Tool({"iptables", "-S", "INPUT"});
+    EXPECT_EQ(Send(33, "1 1 010.0.0.1 0 - 22 2"), em_ActPostValueNotValid) << detail;
+    EXPECT_NE(detail.find("leading zero"), std::string::npos) << detail;
+    EXPECT_EQ(Send(37, "1 1 - 0 192.168.010.0/24 0 2"), em_ActPostValueNotValid) << detail;
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}), before);
+    std::string output = Tool({"iptables", "-S", "OUTPUT"});
+    EXPECT_EQ(output.find("192.168.8.0"), std::string::npos) << output;
+    // Written without the zero, the same rule is taken as meant.
+    ASSERT_EQ(Send(33, "1 1 10.0.0.1 0 - 22 2"), em_ActSuccAll) << detail;
+    EXPECT_NE(Tool({"iptables", "-S", "INPUT"}).find("-s 10.0.0.1/32"), std::string::npos);
+}
+
+TEST_F(LiveInterfaces, LeadingZerosNeverReachTheInterfaceOrResolvConf) {
+    ASSERT_TRUE(nvtest::WriteFile("/etc/resolv.conf", kResolv));
+    std::string file = Interfaces(), addr = Addr("nv0");
+    std::string route = Tool({"ip", "route", "show", "default"});
+    EXPECT_EQ(Send(55, "nv0 010.77.0.9 255.255.255.0 - - -"), em_ActPostValueNotValid) << detail;
+    EXPECT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 010.77.0.1 - -"), em_ActPostValueNotValid)
+        << detail;
+    EXPECT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 - 010.77.0.1 -"), em_ActPostValueNotValid)
+        << detail;
+    EXPECT_NE(detail.find("The first DNS server 010.77.0.1 has a leading zero"), std::string::npos)
+        << detail;
+    EXPECT_EQ(Addr("nv0"), addr);
+    EXPECT_EQ(Tool({"ip", "route", "show", "default"}), route);
+    EXPECT_EQ(Interfaces(), file);
+    EXPECT_EQ(nvtest::ReadFile("/etc/resolv.conf"), kResolv);
+}
+
+TEST_F(LiveInterfaces, AnInterfaceNamedLikeAnOptionTakesNothingDown) {
+    ASSERT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 - - -"), em_ActSuccAll) << detail;
+    // The kernel accepts the name; ifdown would read it as "every interface".
+    Tool({"ip", "link", "add", "name", "-a", "type", "veth", "peer", "name", "nvq0"});
+    ASSERT_NE(Tool({"ip", "-o", "link", "show", "dev", "-a"}), "");
+    std::string file = Interfaces();
+    for (short cmd : {52, 53, 54}) {
+        EXPECT_EQ(Send(cmd, "-a"), em_ActPostValueNotValid) << cmd << ": " << detail;
+        EXPECT_EQ(detail, "An interface name cannot start with \"-\".");
+    }
+    EXPECT_EQ(Send(55, "-a 10.77.1.9 255.255.255.0 - - -"), em_ActPostValueNotValid) << detail;
+    EXPECT_NE(Tool({"ip", "-o", "link", "show", "nv0"}).find(",UP"), std::string::npos);
+    EXPECT_NE(Addr("nv0").find("inet 10.77.0.9/24"), std::string::npos) << Addr("nv0");
+    EXPECT_NE(Tool({"ip", "-o", "link", "show", "lo"}).find(",UP"), std::string::npos);
+    EXPECT_EQ(Interfaces(), file);
+    Tool({"ip", "link", "del", "dev", "-a"});
 }
 
 }  // namespace

@@ -175,6 +175,22 @@ TEST_F(LiveNetworkd, UnknownInterfacesAndTheLoopbackAreRefused) {
     EXPECT_EQ(nvtest::ReadFile("/etc/resolv.conf"), kResolv);
 }
 
+// networkd matches Name= as a glob: an interface named "nv*" (the kernel
+// accepts it) would have made the agent's file match nv0 and every other
+// nv interface.
+TEST_F(LiveNetworkd, InterfaceNamesWithGlobCharactersNeverBecomeAMatch) {
+    Tool({"ip", "link", "add", "name", "nv*", "type", "veth", "peer", "name", "nvq1"});
+    ASSERT_NE(Tool({"ip", "-o", "link", "show", "dev", "nv*"}), "");
+    for (short cmd : {52, 53, 54})
+        EXPECT_EQ(Send(cmd, "nv*"), em_ActPostValueNotValid) << cmd << ": " << detail;
+    EXPECT_EQ(Send(55, "nv* 10.77.0.9 255.255.255.0 - - -"), em_ActPostValueNotValid) << detail;
+    EXPECT_NE(detail.find("cannot hold blanks or any of"), std::string::npos) << detail;
+    std::string files = Tool({"ls", "/etc/systemd/network"});
+    EXPECT_EQ(files.find("norvane-nv"), std::string::npos) << files;
+    EXPECT_EQ(Addr(), "");
+    Tool({"ip", "link", "del", "dev", "nv*"});
+}
+
 TEST_F(LiveNetworkd, ResolvedsStubIsLeftToSystemdResolved) {
     unlink("/etc/resolv.conf");
     ASSERT_EQ(symlink("../run/systemd/resolve/stub-resolv.conf", "/etc/resolv.conf"), 0);

@@ -57,14 +57,14 @@ void RedirectTo(const char* path, int target) {
     close(fd);
 }
 
-[[noreturn]] void ExecChild(char* const* argv, char* const* envp, const char* out,
-                            const char* err) {
+[[noreturn]] void ExecChild(char* const* argv, char* const* envp, const char* out, const char* err,
+                            const char* in = nullptr) {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    int null = open("/dev/null", O_RDONLY);
-    if (null >= 0)
-        dup2(null, STDIN_FILENO);
+    int input = open(in ? in : "/dev/null", O_RDONLY);
+    if (input >= 0)
+        dup2(input, STDIN_FILENO);
     RedirectTo(out, STDOUT_FILENO);
     RedirectTo(err, STDERR_FILENO);
     execve(argv[0], argv, envp);
@@ -175,9 +175,24 @@ int ExitCodeOf(int status) {
 }
 
 RunResult RunProgram(const std::vector<std::string>& argv, int timeoutMs) {
+    return RunProgramWithInput(argv, std::string(), timeoutMs);
+}
+
+RunResult RunProgramWithInput(const std::vector<std::string>& argv, const std::string& input,
+                              int timeoutMs) {
     TempDir dir;
     RunResult res;
-    pid_t pid = SpawnProcess(argv, dir.File("stdout"), dir.File("stderr"));
+    std::string in = dir.File("stdin");
+    if (!WriteFile(in, input))
+        return res;
+    std::vector<std::string> args = argv;
+    std::vector<std::string> env = MergedEnvironment({});
+    std::vector<char*> cargs = CStrings(args);
+    std::vector<char*> cenv = CStrings(env);
+    std::string out = dir.File("stdout"), err = dir.File("stderr");
+    pid_t pid = fork();
+    if (pid == 0)
+        ExecChild(cargs.data(), cenv.data(), out.c_str(), err.c_str(), in.c_str());
     if (pid < 0)
         return res;
     int status = -1;
@@ -185,8 +200,8 @@ RunResult RunProgram(const std::vector<std::string>& argv, int timeoutMs) {
     if (!res.bFinished)
         status = KillAndReap(pid);
     res.iExitCode = ExitCodeOf(status);
-    res.sStdout = ReadFile(dir.File("stdout"));
-    res.sStderr = ReadFile(dir.File("stderr"));
+    res.sStdout = ReadFile(out);
+    res.sStderr = ReadFile(err);
     return res;
 }
 

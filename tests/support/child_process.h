@@ -45,6 +45,9 @@ struct RunResult {
 // Runs a program to its end (killing it at the deadline) and collects what
 // it printed.
 RunResult RunProgram(const std::vector<std::string>& argv, int timeoutMs = 10000);
+// The same with input as the program's standard input (a file).
+RunResult RunProgramWithInput(const std::vector<std::string>& argv, const std::string& input,
+                              int timeoutMs = 10000);
 
 }  // namespace nvtest
 

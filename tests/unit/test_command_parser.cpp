@@ -94,7 +94,7 @@ TEST(CommandParser, DefaultRuleFormsBecomeTypedRules) {
     ExpectRefused(33, "1 1 - 0 - 70000 1", em_ActPostValueNotValid,
                   "The destination port must be a number from 0 to 65535, not \"70000\".");
     ExpectRefused(33, "1 1 1.2.3 0 - 0 1", em_ActPostValueNotValid,
-                  "The source address must be an IPv4 address");
+                  "The source address must be an address or address/prefix");
 }
 
 TEST(CommandParser, ProcessEntriesMayBeAbsolutePathsWithArguments) {
@@ -121,6 +121,93 @@ TEST(CommandParser, DeleteIndexesAreCheckedAgainstTheListLength) {
     EXPECT_EQ(r.sDetail, "There is no entry 2; the list has 1 entry, numbered 1.");
     EXPECT_FALSE(CheckDeleteIndex(1, 0, r));
     EXPECT_EQ(r.sDetail, "The list is empty.");
+}
+
+// The system's tools read a part with a leading zero as octal ("010" is 8),
+// so such an address would be checked as one address and applied as another.
+TEST(CommandParser, LeadingZerosAreRefusedInEveryAddressField) {
+    ExpectRefused(33, "1 1 010.0.0.1 0 - 0 1", em_ActPostValueNotValid,
+                  "The source address 010.0.0.1 has a leading zero");
+    ExpectRefused(37, "1 1 - 0 10.0.0.0/08 0 1", em_ActPostValueNotValid,
+                  "The destination address 10.0.0.0/08 has a leading zero");
+    ExpectRefused(33, "1 1 10.00.0.1/8 0 - 0 1", em_ActPostValueNotValid, "leading zero");
+    ExpectRefused(55, "eth0 010.0.0.5 255.0.0.0 - - -", em_ActPostValueNotValid,
+                  "The IP address 010.0.0.5 has a leading zero");
+    ExpectRefused(55, "eth0 10.0.0.5 255.000.0.0 - - -", em_ActPostValueNotValid,
+                  "The mask 255.000.0.0 has a leading zero");
+    ExpectRefused(55, "eth0 10.0.0.5 255.0.0.0 010.0.0.1 - -", em_ActPostValueNotValid,
+                  "The gateway 010.0.0.1 has a leading zero");
+    ExpectRefused(55, "eth0 10.0.0.5 255.0.0.0 - 08.8.8.8 -", em_ActPostValueNotValid,
+                  "The first DNS server 08.8.8.8 has a leading zero");
+    ExpectRefused(55, "eth0 10.0.0.5 255.0.0.0 - - 1.1.1.01", em_ActPostValueNotValid,
+                  "The second DNS server 1.1.1.01 has a leading zero");
+    // A lone zero is a part, not a leading zero.
+    EXPECT_EQ(Parsed<RuleAddRequest>(33, "1 1 0.0.0.0/0 0 10.0.0.0/8 0 1").rule.src, "0.0.0.0/0");
+    EXPECT_EQ(Parsed<InterfaceManualRequest>(55, "eth0 10.0.0.5 255.0.0.0 10.0.0.1 - -").gateway,
+              "10.0.0.1");
+}
+
+TEST(CommandParser, InterfaceNamesAreKernelNamesNoToolReadsAsAnythingElse) {
+    for (short cmd : {52, 53, 54}) {
+        ExpectRefused(cmd, "-a", em_ActPostValueNotValid, "cannot start with \"-\"");
+        ExpectRefused(cmd, "--all", em_ActPostValueNotValid, "cannot start with \"-\"");
+        ExpectRefused(cmd, "-", em_ActPostValueNotValid, "No interface name was given.");
+        ExpectRefused(cmd, "eth0123456789012", em_ActPostValueNotValid, "at most 15 bytes");
+        ExpectRefused(cmd, ".", em_ActPostValueNotValid, "are not interface names");
+        ExpectRefused(cmd, "..", em_ActPostValueNotValid, "are not interface names");
+        for (const char* bad : {"eth*", "e?h0", "eth[01]", "a/b", "eth0:1", "!eth0", "e\\0",
+                                "eth%i", "eth\t0", "\xc3\xa9th0"}) {
+            ExpectRefused(cmd, bad, em_ActPostValueNotValid, "cannot hold blanks or any of");
+        }
+        EXPECT_EQ(Parsed<InterfaceRequest>(cmd, "eth0123456789_1").name, "eth0123456789_1");
+        EXPECT_EQ(Parsed<InterfaceRequest>(cmd, "br-lan.10").name, "br-lan.10");
+    }
+    ExpectRefused(55, "-a 10.0.0.5 255.0.0.0 - - -", em_ActPostValueNotValid, "\"-\"");
+    ExpectRefused(55, "en* 10.0.0.5 255.0.0.0 - - -", em_ActPostValueNotValid, "any of");
+}
+
+TEST(CommandParser, AddressesThatBreakTheInterfaceAreRefused) {
+    auto refused = [](const std::string& p, const std::string& detail) {
+        ExpectRefused(55, "eth0 " + p, em_ActPostValueNotValid, detail);
+        EXPECT_LT(Refusal(55, "eth0 " + p).sDetail.size(), 78u) << Refusal(55, "eth0 " + p).sDetail;
+    };
+    refused("10.0.0.5 0.0.0.0 - - -", "The mask 0.0.0.0 leaves no network");
+    refused("10.0.0.5 255.0.255.0 - - -", "contiguous");
+    refused("10.0.0.5 - - - -", "contiguous");
+    refused("0.0.0.0 255.0.0.0 - - -", "The IP address 0.0.0.0 is unspecified.");
+    refused("0.1.2.3 255.0.0.0 - - -", "in 0.0.0.0/8");
+    refused("127.0.0.2 255.0.0.0 - - -", "a loopback address");
+    refused("224.0.0.5 255.255.255.0 - - -", "a multicast address");
+    refused("240.0.0.5 255.255.255.0 - - -", "reserved");
+    refused("255.255.255.255 255.255.255.255 - - -", "the broadcast address");
+    refused("192.168.1.0 255.255.255.0 - - -", "192.168.1.0 is the network's own address");
+    refused("192.168.1.255 255.255.255.0 - - -", "the network's broadcast address");
+    refused("192.168.1.5 255.255.255.0 192.168.2.1 - -", "not in the interface's network");
+    refused("192.168.1.5 255.255.255.0 192.168.1.5 - -", "cannot be the interface's own");
+    refused("192.168.1.5 255.255.255.0 192.168.1.255 - -", "broadcast address");
+    refused("192.168.1.5 255.255.255.0 192.168.1.0 - -", "network's own address");
+    refused("192.168.1.5 255.255.255.0 - 0.0.0.0 -", "The first DNS server 0.0.0.0");
+    refused("192.168.1.5 255.255.255.0 - - 224.0.0.251", "multicast");
+    // /31 and /32 networks have no network or broadcast address to avoid;
+    // a local resolver on the loopback is a DNS server.
+    Parsed<InterfaceManualRequest>(55, "eth0 10.0.0.0 255.255.255.254 10.0.0.1 - -");
+    Parsed<InterfaceManualRequest>(55, "eth0 10.0.0.7 255.255.255.255 - 127.0.0.53 -");
+    Parsed<InterfaceManualRequest>(55, "eth0 169.254.3.4 255.255.0.0 - - -");
+    Parsed<InterfaceManualRequest>(55, "eth0 192.168.1.254 255.255.255.0 192.168.1.1 1.1.1.1 -");
+}
+
+TEST(CommandParser, HostNamesThatReadAsAddressesOrTheLoopbackAreRefused) {
+    for (const char* name : {"123", "1.2.3.4", "10.0.0.1", "0", "007.42"}) {
+        ExpectRefused(57, name, em_ActPostValueNotValid, "A host name cannot be all digits.");
+    }
+    for (const char* name :
+         {"localhost", "LocalHost", "localhost.localdomain", "LOCALHOST.LOCALDOMAIN"}) {
+        ExpectRefused(57, name, em_ActPostValueNotValid, "names the loopback");
+    }
+    EXPECT_EQ(Parsed<HostNameRequest>(57, "web02").name, "web02");
+    EXPECT_EQ(Parsed<HostNameRequest>(57, "1.2.3.a").name, "1.2.3.a");
+    EXPECT_EQ(Parsed<HostNameRequest>(57, "42web").name, "42web");
+    EXPECT_EQ(Parsed<HostNameRequest>(57, "localhost2").name, "localhost2");
 }
 
 TEST(CommandParser, EveryCatalogueNumberHasAParser) {

@@ -2,16 +2,20 @@
 #include "nvcmd_run.h"
 
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "agent/state_json.h"
 #include "cmdclient/cmd_client.h"
 #include "cmdclient/cmd_names.h"
+#include "link/global_val.h"
 #include "link/ui_interface.h"
+#include "payload_input.h"
 #include "visible_text.h"
 #include "wire/wire.h"
 
@@ -20,10 +24,20 @@ namespace {
 const char kUsage[] =
     "usage: nvcmd check                 print the agent's state as JSON\n"
     "       nvcmd send CMD [PAYLOAD]    send one set command (CMD: 4-63 or its name)\n"
+    "       nvcmd send --payload-stdin CMD\n"
+    "                                   the same, the payload read from standard input\n"
     "       nvcmd lang en|chutf8|chgb2312\n"
     "                                   set the language of the console\n"
+    "A password (command 56) is never taken on the command line: nvcmd send\n"
+    "password asks for it on the terminal, or reads the payload from standard\n"
+    "input. send exits 0 when the agent answered 7 (done) or 6 (nothing to\n"
+    "change), 1 otherwise, 2 on a usage error.\n"
     "The agent's socket is /dev/nvsock unless NVUI_SOCKET names another;\n"
     "the log is /var/log/nvui.log unless NVUI_LOG names another.\n";
+
+// The longest payload a command carries (the request buffer less its NUL).
+const size_t kMaxPayload = NV_CMD_BUFF_LEN - 1;
+const int kCmdPassword = 56;
 
 struct ST_LANG_WORD {
     const char* pcWord;
@@ -82,16 +96,88 @@ int ParseCmd(const char* pcArg) {
     return iNo >= 4 && iNo <= 63 ? iNo : -1;
 }
 
-int Send(const char* pcCmd, const char* pcPayload, FILE* out, FILE* err) {
-    int iCmd = ParseCmd(pcCmd);
+// The commands by number and name, with what each payload holds.
+void PrintCommands(FILE* out) {
+    fputs("\nCommands (CMD is the number or the name):\n", out);
+    for (int i = 0; i < g_iCmdNameNum; ++i) {
+        const ST_CMD_NAME& st = g_astCmdName[i];
+        if (st.shCmdNo >= 4 && st.pcPayload != nullptr)
+            fprintf(out, "  %2d  %-24s %s\n", st.shCmdNo, st.pcName, st.pcPayload);
+    }
+}
+
+// Where send takes its payload from.
+struct SendArgs {
+    const char* pcCmd = nullptr;
+    const char* pcPayload = nullptr;
+    bool bStdin = false;
+};
+
+// send's arguments (after "send"): --payload-stdin, CMD, and PAYLOAD unless
+// the payload comes from standard input. False on anything else.
+bool ParseSendArgs(int argc, char** argv, SendArgs& a) {
+    std::vector<const char*> pos;
+    for (int i = 0; i < argc; ++i) {
+        if (strcmp(argv[i], "--payload-stdin") == 0)
+            a.bStdin = true;
+        else
+            pos.push_back(argv[i]);
+    }
+    if (pos.empty() || pos.size() > (a.bStdin ? 1u : 2u))
+        return false;
+    a.pcCmd = pos[0];
+    a.pcPayload = pos.size() == 2 ? pos[1] : nullptr;
+    return true;
+}
+
+// The payload from the command line, standard input or the terminal; false
+// (with a message, nothing sent) when it cannot be had or does not fit.
+bool GetPayload(int iCmd, const SendArgs& a, std::string& payload, FILE* err) {
+    if (iCmd == kCmdPassword && a.pcPayload != nullptr) {
+        fputs(
+            "nvcmd: a password is never taken on the command line, where every user\n"
+            "can read it; run 'nvcmd send password' to be asked for it, or give the\n"
+            "payload on standard input with --payload-stdin (nothing was sent)\n",
+            err);
+        return false;
+    }
+    bool ok = true;
+    if (a.pcPayload != nullptr) {
+        payload = a.pcPayload;
+    } else if (iCmd == kCmdPassword && !a.bStdin && isatty(STDIN_FILENO)) {
+        ok = PromptPassword(STDIN_FILENO, err, payload);
+    } else if (a.bStdin || iCmd == kCmdPassword) {
+        ok = ReadPayload(STDIN_FILENO, kMaxPayload, payload);
+    }
+    if (!ok) {
+        fputs("nvcmd: the payload could not be read (nothing was sent)\n", err);
+        return false;
+    }
+    if (payload.size() > kMaxPayload) {
+        fprintf(err,
+                "nvcmd: the payload is longer than the %zu bytes a command carries "
+                "(nothing was sent)\n",
+                kMaxPayload);
+        return false;
+    }
+    return true;
+}
+
+int Send(const SendArgs& a, FILE* out, FILE* err) {
+    int iCmd = ParseCmd(a.pcCmd);
     if (iCmd < 0) {
-        fprintf(err, "nvcmd: unknown command '%s': give a number from 4 to 63 or a name\n", pcCmd);
+        fprintf(err, "nvcmd: unknown command '%s': give a number from 4 to 63 or a name\n",
+                a.pcCmd);
         return NVCMD_USAGE;
     }
-    std::string payload = pcPayload ? pcPayload : "";
+    std::string payload;
+    if (!GetPayload(iCmd, a, payload, err))
+        return NVCMD_USAGE;
     int iRet = SetObjInfo(iCmd, static_cast<int>(payload.size()), &payload[0]);
-    PrintResult(iRet == em_ActSuccAll ? out : err, iRet);
-    return iRet == em_ActSuccAll ? NVCMD_OK : NVCMD_REFUSED;
+    // Nothing to change is the state asked for: a success for scripts.
+    bool bOk = iRet == em_ActSuccAll || iRet == em_ActNeedNoSet;
+    PrintResult(bOk ? out : err, iRet);
+    return bOk ? NVCMD_OK : NVCMD_REFUSED;
 }
 
 int Lang(const char* pcWord, FILE* out, FILE* err) {
@@ -118,16 +204,18 @@ int Lang(const char* pcWord, FILE* out, FILE* err) {
 int NvcmdRun(int argc, char** argv, FILE* out, FILE* err) {
     if (argc >= 2 && (strcmp(argv[1], "-h") == 0 || strcmp(argv[1], "--help") == 0)) {
         fputs(kUsage, out);
+        PrintCommands(out);
         return NVCMD_OK;
     }
     std::string sub = argc >= 2 ? argv[1] : "";
     if (sub == "check" && argc == 2) {
         return StartLink(err) ? Check(out, err) : NVCMD_USAGE;
     }
-    if (sub == "send" && (argc == 3 || argc == 4)) {
+    SendArgs a;
+    if (sub == "send" && ParseSendArgs(argc - 2, argv + 2, a)) {
         if (!StartLink(err))
             return NVCMD_USAGE;
-        return Send(argv[2], argc == 4 ? argv[3] : nullptr, out, err);
+        return Send(a, out, err);
     }
     if (sub == "lang" && argc == 3) {
         if (!StartLink(err))

@@ -6,7 +6,8 @@
 
 #include <cstdio>
 
-// Exit statuses of nvcmd.
+// Exit statuses of nvcmd: send answers OK when the agent did what was asked
+// or found it already so (7 or 6).
 enum { NVCMD_OK = 0, NVCMD_REFUSED = 1, NVCMD_USAGE = 2 };
 
 // Runs nvcmd with its arguments, writing results to out and messages to err.

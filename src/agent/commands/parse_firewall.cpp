@@ -13,10 +13,14 @@ FwChain ChainOf(short cmd) {
 // An address field: empty means any.
 bool RuleAddress(const std::string& tok, const char* what, std::string& out, CmdResult& r) {
     out = IsEmptyField(tok) ? std::string() : tok;
-    if (out.empty() || IsIPv4OrNet(out))
+    Ipv4Check c = out.empty() ? Ipv4Check::kOk : CheckIPv4OrNet(out);
+    if (c == Ipv4Check::kOk)
         return true;
-    r = Invalid(std::string(what) + " must be an IPv4 address or address/prefix, not \"" + tok +
-                "\".");
+    if (c == Ipv4Check::kLeadingZero) {
+        r = Invalid(std::string(what) + " " + tok + " has a leading zero; write it without.");
+    } else {
+        r = Invalid(std::string(what) + " must be an address or address/prefix, e.g. 10.0.0.0/8.");
+    }
     return false;
 }
 

@@ -1,7 +1,7 @@
 // Parsers of the monitored lists: the file and process lists, the disk-volume
 // and backup add forms, and the delete-by-index forms.
-#include <algorithm>
 #include <climits>
+#include <unordered_set>
 
 #include "agent/commands/parse_common.h"
 #include "agent/commands/payload_parse.h"
@@ -16,13 +16,14 @@ template <class Check>
 bool ParseList(const std::string& p, Check ok, const char* rule, std::vector<std::string>& out,
                CmdResult& r) {
     out.clear();
-    for (const std::string& e : SplitListLines(p)) {
+    std::unordered_set<std::string> seen;
+    for (std::string& e : SplitListLines(p)) {
         if (!ok(e)) {
             r = Invalid("\"" + e + "\" " + rule);
             return false;
         }
-        if (std::find(out.begin(), out.end(), e) == out.end())
-            out.push_back(e);
+        if (seen.insert(e).second)
+            out.push_back(std::move(e));
     }
     return true;
 }

@@ -93,6 +93,10 @@ bool ParseHostName(short, const std::string& p, Request& req, CmdResult& r) {
         r = Invalid(
             "The host name may hold letters, digits and hyphens in dot-separated labels, "
             "no label starting or ending with a hyphen.");
+    } else if (IsNumericHostName(name)) {
+        r = Invalid("A host name cannot be all digits.");
+    } else if (IsLoopbackHostName(name)) {
+        r = Invalid("\"" + name + "\" names the loopback; choose another host name.");
     } else {
         req = HostNameRequest{name};
         return true;

@@ -2,6 +2,7 @@
 #include "agent/commands/payload_parse.h"
 
 #include <cctype>
+#include <cstring>
 
 namespace nvagent {
 
@@ -64,33 +65,48 @@ DigitsResult ParseDigits(const std::string& s, unsigned long long max, unsigned 
     return DigitsResult::kOk;
 }
 
-bool ParseIPv4(const std::string& s, uint32_t& addr) {
+Ipv4Check CheckIPv4(const std::string& s, uint32_t& addr) {
     uint32_t out = 0;
     size_t pos = 0;
+    bool leadingZero = false;
     for (int part = 0; part < 4; ++part) {
         size_t end = s.find('.', pos);
         if (part == 3)
             end = s.size();
         if (end == std::string::npos || end == pos || end - pos > 3)
-            return false;
+            return Ipv4Check::kMalformed;
         unsigned long long v = 0;
         if (ParseDigits(s.substr(pos, end - pos), 255, v) != DigitsResult::kOk)
-            return false;
+            return Ipv4Check::kMalformed;
+        leadingZero = leadingZero || (end - pos > 1 && s[pos] == '0');
         out = (out << 8) | static_cast<uint32_t>(v);
         pos = end + 1;
     }
+    if (leadingZero)
+        return Ipv4Check::kLeadingZero;
     addr = out;
-    return true;
+    return Ipv4Check::kOk;
+}
+
+bool ParseIPv4(const std::string& s, uint32_t& addr) {
+    return CheckIPv4(s, addr) == Ipv4Check::kOk;
+}
+
+Ipv4Check CheckIPv4OrNet(const std::string& s) {
+    size_t slash = s.find('/');
+    uint32_t a = 0;
+    Ipv4Check c = CheckIPv4(s.substr(0, slash), a);
+    if (slash == std::string::npos || c == Ipv4Check::kMalformed)
+        return c;
+    std::string prefix = s.substr(slash + 1);
+    unsigned long long n = 0;
+    if (prefix.size() > 2 || ParseDigits(prefix, 32, n) != DigitsResult::kOk)
+        return Ipv4Check::kMalformed;
+    return prefix.size() > 1 && prefix[0] == '0' ? Ipv4Check::kLeadingZero : c;
 }
 
 bool IsIPv4OrNet(const std::string& s) {
-    size_t slash = s.find('/');
-    uint32_t a = 0;
-    if (slash == std::string::npos)
-        return ParseIPv4(s, a);
-    unsigned long long prefix = 0;
-    return ParseIPv4(s.substr(0, slash), a) && slash + 3 >= s.size() &&
-           ParseDigits(s.substr(slash + 1), 32, prefix) == DigitsResult::kOk;
+    return CheckIPv4OrNet(s) == Ipv4Check::kOk;
 }
 
 bool IsContiguousMask(uint32_t mask) {
@@ -158,17 +174,58 @@ static bool IsLabel(const std::string& l) {
     return true;
 }
 
-bool IsHostName(const std::string& s) {
+// Calls fn(label) for each dot-separated label of s until fn returns false;
+// true when every call returned true.
+template <class Fn>
+static bool EveryLabel(const std::string& s, Fn fn) {
     size_t start = 0;
     while (true) {
         size_t dot = s.find('.', start);
-        std::string label = s.substr(start, dot == std::string::npos ? dot : dot - start);
-        if (!IsLabel(label))
+        if (!fn(s.substr(start, dot == std::string::npos ? dot : dot - start)))
             return false;
         if (dot == std::string::npos)
             return true;
         start = dot + 1;
     }
+}
+
+bool IsHostName(const std::string& s) {
+    return EveryLabel(s, IsLabel);
+}
+
+bool IsNumericHostName(const std::string& s) {
+    return EveryLabel(s, [](const std::string& l) {
+        return !l.empty() && l.find_first_not_of("0123456789") == std::string::npos;
+    });
+}
+
+bool IsLoopbackHostName(const std::string& s) {
+    std::string lower;
+    for (unsigned char ch : s)
+        lower.push_back(static_cast<char>(std::tolower(ch)));
+    return lower == "localhost" || lower == "localhost.localdomain";
+}
+
+IfNameCheck CheckInterfaceName(const std::string& s) {
+    if (s.empty())
+        return IfNameCheck::kEmpty;
+    if (s.size() > kMaxIfNameLen)
+        return IfNameCheck::kTooLong;
+    if (s == "." || s == "..")
+        return IfNameCheck::kDots;
+    if (s[0] == '-')
+        return IfNameCheck::kLeadingDash;
+    // Blanks and control characters split arguments and lines, "/" and ":"
+    // the kernel refuses, the glob characters, "!" (negation) and "%"
+    // (specifiers) turn a configuration file's name match into something
+    // else, and "\\", quotes and non-ASCII bytes have no place in a name a
+    // tool prints or parses.
+    static const char kBad[] = "/:*?[]\\!%'\"";
+    for (unsigned char ch : s) {
+        if (ch <= 0x20 || ch >= 0x7f || std::strchr(kBad, ch) != nullptr)
+            return IfNameCheck::kBadChar;
+    }
+    return IfNameCheck::kOk;
 }
 
 }  // namespace nvagent

@@ -4,7 +4,8 @@
 // address go into its dns-nameservers line (which resolvconf applies where
 // it is installed) and, where no tool owns it, into /etc/resolv.conf. A
 // failure after a file was written puts the files and the old addresses
-// back.
+// back. Names follow "--" wherever a tool takes them as operands (ip takes
+// them after "dev", which reads the next word as a name whatever it is).
 #include "agent/atomic_file.h"
 #include "agent/live/ifupdown_config.h"
 #include "agent/live/interface_managers.h"
@@ -31,14 +32,14 @@ CmdResult Reconfigure(const NetInterface& n, const std::string& stanza, const Re
     std::string err;
     if (!WriteFileAtomically(kInterfacesFile, next, err))
         return Failed(std::string("Could not write ") + kInterfacesFile + ": " + err + ".");
-    RunTool({"ifdown", "--force", n.name}, "", kIfupLimitMs);
+    RunTool({"ifdown", "--force", "--", n.name}, "", kIfupLimitMs);
     std::string ignored;
     RunIp({"-4", "addr", "flush", "dev", n.name}, ignored);
-    ToolRun up = RunTool({"ifup", n.name}, "", kIfupLimitMs);
+    ToolRun up = RunTool({"ifup", "--", n.name}, "", kIfupLimitMs);
     std::string why = up.Ok() ? std::string() : up.Why("ifup");
     if (up.Ok() && ApplyResolvPlan(dns, why))
         return {em_ActSuccAll, dns.note};
-    RunTool({"ifdown", "--force", n.name}, "", kIfupLimitMs);
+    RunTool({"ifdown", "--force", "--", n.name}, "", kIfupLimitMs);
     WriteFileAtomically(kInterfacesFile, old, ignored);
     UndoResolvPlan(dns);
     RestoreSnapshot(before);

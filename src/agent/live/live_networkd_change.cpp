@@ -47,9 +47,10 @@ bool Networkctl(const std::vector<std::string>& args, std::string& why) {
 // state is awaited, until it has held for a moment.
 bool Activate(const NetInterface& n, bool changed, short cmd, const Wanted& wanted,
               std::string& why) {
-    if (!Networkctl({"reload"}, why) || (!changed && !Networkctl({"reconfigure", n.name}, why)))
+    if (!Networkctl({"reload"}, why) ||
+        (!changed && !Networkctl({"reconfigure", "--", n.name}, why)))
         return false;
-    if ((cmd == 52 || cmd == 53) && !Networkctl({cmd == 53 ? "up" : "down", n.name}, why))
+    if ((cmd == 52 || cmd == 53) && !Networkctl({cmd == 53 ? "up" : "down", "--", n.name}, why))
         return false;
     if (WaitForInterface(n.name, wanted, cmd == 54 ? kLeaseWaitMs : kApplyWaitMs, kStableMs))
         return true;
