@@ -5,6 +5,7 @@
 # example --benchmark_filter=check/), then the console benchmark, which
 # starts nvui and dialog in a pseudo-terminal CONSOLE_RUNS times each
 # (default 25) and prints medians of start-up, key redraw and peak memory.
+# bench_agent_load and bench_list_parse (a 1 MiB list) run in between.
 # CONSOLE_RUNS=0 skips the console benchmark.
 #
 # Usage: [CONSOLE_RUNS=N] scripts/bench.sh [BUILD_DIR] [--benchmark_... arguments]
@@ -23,13 +24,17 @@ fi
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DNV_BENCH=ON -DNV_SANITIZE=OFF \
   -DNV_FUZZ=OFF >/dev/null
-cmake --build "$build" -j"$(nproc)" --target bench_check_roundtrip bench_agent_load bench_console norvaned nvui
+cmake --build "$build" -j"$(nproc)" --target bench_check_roundtrip bench_agent_load bench_list_parse bench_console \
+  norvaned nvui
 
 echo "== bench_check_roundtrip ($(nproc) CPUs, $(uname -r)) =="
 "$build/bin/bench_check_roundtrip" "$@"
 
 echo "== bench_agent_load =="
 "$build/bin/bench_agent_load"
+
+echo "== bench_list_parse =="
+"$build/bin/bench_list_parse"
 
 # The console's figures are wall-clock times of whole processes: other load
 # on the machine shows in them (the load average is printed with them; the

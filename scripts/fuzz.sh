@@ -16,7 +16,7 @@ if [ $# -lt 1 ]; then
 fi
 build="$1"
 seconds="${2:-30}"
-targets=(fuzz_answer_decoder fuzz_request_decoder fuzz_state_roundtrip)
+targets=(fuzz_answer_decoder fuzz_request_decoder fuzz_state_roundtrip fuzz_ipv4_parse fuzz_ifname_parse)
 
 missing=0
 for t in "${targets[@]}"; do

@@ -39,7 +39,7 @@ bash scripts/package-test.sh
 echo "== fuzz targets, ${FUZZ_SECONDS}s each =="
 cmake -S . -B build-fuzz -DNV_FUZZ=ON -DNV_BENCH=OFF -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build-fuzz -j"$JOBS" --target fuzz_answer_decoder fuzz_request_decoder fuzz_state_roundtrip
+cmake --build build-fuzz -j"$JOBS" --target fuzz_answer_decoder fuzz_request_decoder fuzz_state_roundtrip fuzz_ipv4_parse fuzz_ifname_parse
 bash scripts/fuzz.sh build-fuzz "$FUZZ_SECONDS"
 
 total() { grep -Eo 'tests failed out of [0-9]+' "$1" | grep -Eo '[0-9]+$'; }
