@@ -49,7 +49,8 @@ bool ReadLine(int fd, std::string& line) {
 }
 
 // A line read with echo off; the terminal's settings are put back whatever
-// happens.
+// happens. Echo goes off before the prompt shows, so that nothing typed
+// after the prompt is echoed, and type-ahead is kept rather than flushed.
 bool ReadHidden(int fd, FILE* prompts, const char* prompt, std::string& line) {
     termios old{};
     if (tcgetattr(fd, &old) != 0)
@@ -57,12 +58,12 @@ bool ReadHidden(int fd, FILE* prompts, const char* prompt, std::string& line) {
     termios quiet = old;
     quiet.c_lflag &= static_cast<tcflag_t>(~ECHO);
     quiet.c_lflag |= ECHONL;
+    if (tcsetattr(fd, TCSANOW, &quiet) != 0)
+        return false;
     fputs(prompt, prompts);
     fflush(prompts);
-    if (tcsetattr(fd, TCSAFLUSH, &quiet) != 0)
-        return false;
     bool ok = ReadLine(fd, line);
-    tcsetattr(fd, TCSAFLUSH, &old);
+    tcsetattr(fd, TCSANOW, &old);
     return ok;
 }
 
