@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <future>
-#include <memory>
 #include <thread>
 
 #include "agent/monitors/monitor_supervisor.h"
@@ -152,22 +150,6 @@ TEST_F(FileMonitorTest, ListChangedWhileRunningAppliesAtOnce) {
     EXPECT_EQ(CountLines(m_report, File()), 0);
 }
 
-// Applies s on another thread; a switch that does not answer within 5 s
-// ends the test binary (the hung thread could not be joined).
-void ApplyWithin5s(nvmonit::MonitorSupervisor& sup, const nvmonit::MonitorSettings& s) {
-    auto done = std::make_shared<std::promise<void>>();
-    std::future<void> answered = done->get_future();
-    std::thread([&sup, s, done] {
-        sup.Apply(s);
-        done->set_value();
-    }).detach();
-    if (answered.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
-        ADD_FAILURE() << "switching the file monitor off took more than 5 s";
-        fflush(stdout);
-        _exit(1);
-    }
-}
-
 TEST_F(FileMonitorTest, OwnReportsListedAreNotReportedOnAndOffAnswers) {
     // The report itself and its folder listed beside a file: each line
     // written must not become an event that writes a line.
@@ -181,7 +163,7 @@ TEST_F(FileMonitorTest, OwnReportsListedAreNotReportedOnAndOffAnswers) {
     EXPECT_LE(lines.size(), 3u) << lines.size() << " lines, the last: " << lines.back();
     EXPECT_EQ(CountLines(m_report, "filemonit.txt"), 0);
     m_s.bFileOn = false;
-    ApplyWithin5s(m_sup, m_s);
+    nvtest::ApplyWithin(m_sup, m_s, 5000);
     EXPECT_FALSE(m_sup.Running().bFile);
 }
 
@@ -210,7 +192,7 @@ TEST_F(FileMonitorTest, FloodInADirectoryIsSummarisedAndKeepsTheEarlierLines) {
     EXPECT_LE(all.size(), 200u);
     // The monitor goes on: a later change is reported once the window ends.
     m_s.bFileOn = false;
-    ApplyWithin5s(m_sup, m_s);
+    nvtest::ApplyWithin(m_sup, m_s, 5000);
 }
 
 TEST_F(FileMonitorTest, NamesWithTerminalSequencesAreWrittenEscaped) {

@@ -289,6 +289,20 @@ TEST_F(SystemdStartTest, FailedSystemdRunIsReportedAndBackedOff) {
     EXPECT_EQ(CountLines(m_report, "cannot start: "), 1);
 }
 
+TEST_F(SystemdStartTest, SwitchedOffAnswersWhileAStartHangs) {
+    // A systemd-run that does not come back: the start waits for it up to
+    // its 10 s limit; switching off must not wait as long.
+    std::string script = m_bin + "/systemd-run";
+    std::string mark = m_dir.File("run");
+    ASSERT_TRUE(nvtest::WriteFile(script, "#!/bin/sh\necho >" + mark + "\nexec sleep 30\n"));
+    chmod(script.c_str(), 0700);
+    m_sup.Apply(m_s);
+    ASSERT_TRUE(nvtest::WaitUntil([&] { return access(mark.c_str(), F_OK) == 0; }, 5000));
+    m_s.bProcessOn = false;
+    nvtest::ApplyWithin(m_sup, m_s, 5000);
+    EXPECT_FALSE(m_sup.Running().bProcess);
+}
+
 TEST(ProcessBackoff, NoMoreThanTenStartsInTheFirstTenSecondsAndFewerAfter) {
     // The start times of a command that dies at once, as the monitor plans
     // them: each wait counts from the previous start.
