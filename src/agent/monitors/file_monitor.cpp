@@ -208,7 +208,7 @@ void FileMonitor::Watch(const std::map<std::string, uint32_t>& want) {
         // once, tried again at the next change.
         failed.insert(kv.first);
         if (m_failed.count(kv.first) == 0)
-            m_report.Write("cannot watch " + kv.first + ": " + strerror(errno));
+            WriteLimited("cannot watch " + kv.first + ": " + strerror(errno), kv.first);
     }
     m_failed.swap(failed);
     for (const auto& kv : m_wdPath) {
