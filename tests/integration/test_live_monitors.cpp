@@ -328,6 +328,10 @@ TEST_F(LiveMonitors, NamesMadeOfTerminalSequencesAreWrittenEscaped) {
 }
 
 TEST_F(LiveMonitors, AgentMemoryStaysBoundedWhileAnotherUserChurnsFiles) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "under AddressSanitizer freed memory sits in its quarantine (hundreds of "
+                    "MB): the bound is the real build's";
+#endif
     std::string pub = PublicDir();
     ASSERT_TRUE(WatchWithAFirstLine(pub)) << Report("filemonit.txt");
     std::vector<std::string> names;
