@@ -9,8 +9,11 @@
 
 #include <cctype>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <future>
+#include <memory>
 #include <sstream>
 #include <thread>
 
@@ -150,6 +153,21 @@ pid_t StartBurner() {
             n = n + 1;
     }
     return pid;
+}
+
+void ApplyWithin(nvmonit::MonitorSupervisor& sup, const nvmonit::MonitorSettings& s,
+                 int timeoutMs) {
+    auto done = std::make_shared<std::promise<void>>();
+    std::future<void> answered = done->get_future();
+    std::thread([&sup, s, done] {
+        sup.Apply(s);
+        done->set_value();
+    }).detach();
+    if (answered.wait_for(std::chrono::milliseconds(timeoutMs)) != std::future_status::ready) {
+        fprintf(stderr, "FAILED: the monitors' switch did not answer within %d ms\n", timeoutMs);
+        fflush(stdout);
+        _exit(1);
+    }
 }
 
 }  // namespace nvtest

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "agent/monitors/monitor_supervisor.h"
+
 namespace nvtest {
 
 // The lines of a report with their "YYYY-MM-DD HH:MM:SS " prefix removed; a
@@ -34,6 +36,11 @@ std::string CommandLineOf(pid_t pid);
 // Kills and reaps every child of this process whose command line contains
 // text (processes the monitors started, or orphans adopted as subreaper).
 void KillChildrenMatching(const std::string& text);
+
+// Applies s to sup on another thread and waits up to timeoutMs for it to
+// return. A switch that does not answer in time ends the test binary with a
+// message and status 1: the hung thread could not be joined.
+void ApplyWithin(nvmonit::MonitorSupervisor& sup, const nvmonit::MonitorSettings& s, int timeoutMs);
 
 // Forks a child that keeps one CPU busy until killed.
 pid_t StartBurner();

@@ -7,9 +7,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 #include "agent/monitors/monitor_supervisor.h"
+#include "agent/monitors/report_file.h"
 #include "monitor_test_util.h"
 #include "temp_dir.h"
 
@@ -144,6 +148,61 @@ TEST_F(FileMonitorTest, ListChangedWhileRunningAppliesAtOnce) {
     ASSERT_TRUE(WaitForLines(m_report, "created " + other, 1, 5000));
     usleep(100 * 1000);
     EXPECT_EQ(CountLines(m_report, File()), 0);
+}
+
+TEST_F(FileMonitorTest, OwnReportsListedAreNotReportedOnAndOffAnswers) {
+    // The report itself and its folder listed beside a file: each line
+    // written must not become an event that writes a line.
+    m_s.vFiles = {m_report, m_dir.File("data/monit"), File()};
+    m_sup.Apply(m_s);
+    Append(File(), "one\n");
+    ASSERT_TRUE(WaitForLines(m_report, "created " + File(), 1, 5000))
+        << nvtest::ReadFile(m_report).substr(0, 1000);
+    usleep(1000 * 1000);
+    std::vector<std::string> lines = ReportLines(m_report);
+    EXPECT_LE(lines.size(), 3u) << lines.size() << " lines, the last: " << lines.back();
+    EXPECT_EQ(CountLines(m_report, "filemonit.txt"), 0);
+    m_s.bFileOn = false;
+    nvtest::ApplyWithin(m_sup, m_s, 5000);
+    EXPECT_FALSE(m_sup.Running().bFile);
+}
+
+TEST_F(FileMonitorTest, FloodInADirectoryIsSummarisedAndKeepsTheEarlierLines) {
+    std::string flood = m_dir.File("w/dir");
+    m_sup.Apply(m_s);
+    Append(flood + "/first", "x");
+    ASSERT_TRUE(WaitForLines(m_report, "created " + flood + "/first", 1, 5000));
+    // 9,000 files made and deleted as fast as possible, long names.
+    const std::string pad(60, 'n');
+    for (int i = 0; i < 9000; ++i) {
+        std::string f = flood + "/" + pad + std::to_string(i);
+        int fd = open(f.c_str(), O_WRONLY | O_CREAT, 0600);
+        ASSERT_GE(fd, 0);
+        close(fd);
+        unlink(f.c_str());
+    }
+    ASSERT_TRUE(WaitForLines(m_report, " more events in " + flood, 1, 2 * 10000 + 5000));
+    // Every line of the report and its copies: the first is still there.
+    std::vector<std::string> all = ReportLines(m_report);
+    for (int k = 1; k <= nvmonit::kReportCopies; ++k) {
+        std::vector<std::string> copy = ReportLines(m_report + "." + std::to_string(k));
+        all.insert(all.end(), copy.begin(), copy.end());
+    }
+    EXPECT_EQ(std::count(all.begin(), all.end(), "created " + flood + "/first"), 1);
+    EXPECT_LE(all.size(), 200u);
+    // The monitor goes on: a later change is reported once the window ends.
+    m_s.bFileOn = false;
+    nvtest::ApplyWithin(m_sup, m_s, 5000);
+}
+
+TEST_F(FileMonitorTest, NamesWithTerminalSequencesAreWrittenEscaped) {
+    m_sup.Apply(m_s);
+    std::string d = m_dir.File("w/dir");
+    Append(d + "/\x1b[2J\x1b]0;owned\x07\\evil\n", "x");
+    ASSERT_TRUE(WaitForLines(m_report, "created " + d + "/\\x1b[2J\\x1b]0;owned\\x07\\\\evil\\x0a",
+                             1, 5000))
+        << nvtest::ReadFile(m_report);
+    EXPECT_EQ(nvtest::ReadFile(m_report).find('\x1b'), std::string::npos);
 }
 
 TEST(MonitorSwitches, EmptyListSwitchesItsMonitorOff) {

@@ -13,8 +13,10 @@
 #include <thread>
 
 #include "agent/monitors/monitor_supervisor.h"
+#include "agent/monitors/process_launch.h"
 #include "agent/monitors/process_monitor.h"
 #include "agent/monitors/process_table.h"
+#include "inherited_junk.h"
 #include "monitor_test_util.h"
 #include "temp_dir.h"
 
@@ -104,6 +106,71 @@ TEST_F(ProcessMonitorTest, CommandAlreadyRunningIsWatchedNotStartedAgain) {
     EXPECT_EQ(CountLines(m_report,
                          "exited: " + m_cmd + " (pid " + std::to_string(own) + ", status unknown)"),
               1);
+}
+
+TEST_F(ProcessMonitorTest, SameCommandLineFromAnotherProgramDoesNotBlindTheMonitor) {
+    // A copy of the program elsewhere, showing the listed command line.
+    std::string copy = m_dir.File("sleep");
+    std::string sleepPath = nvmonit::ResolveProgram("sleep", nvmonit::SearchPath());
+    ASSERT_TRUE(nvtest::WriteFile(copy, nvtest::ReadFile(sleepPath)));
+    chmod(copy.c_str(), 0755);
+    pid_t fake = fork();
+    if (fake == 0) {
+        execl(copy.c_str(), "sleep", m_cmd.substr(6).c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    ASSERT_TRUE(nvtest::WaitUntil([&] { return nvtest::CommandLineOf(fake) == m_cmd; }, 5000));
+    m_sup.Apply(m_s);
+    EXPECT_TRUE(WaitForLines(m_report, "started: " + m_cmd + " (pid ", 1, 5000));
+    EXPECT_NE(PidInLine(m_report, "started: " + m_cmd), fake);
+    kill(fake, SIGKILL);
+    waitpid(fake, nullptr, 0);
+}
+
+// The /proc/PID/status line of a field, e.g. "SigIgn:\t0000000000000000".
+std::string StatusLine(pid_t pid, const std::string& field) {
+    std::string status = nvtest::ReadFile("/proc/" + std::to_string(pid) + "/status");
+    size_t at = status.find("\n" + field + ":");
+    return at == std::string::npos ? "" : status.substr(at + 1, status.find('\n', at + 1) - at - 1);
+}
+
+TEST_F(ProcessMonitorTest, StartedCommandGetsItsOwnEnvironmentRootDirectoryAndDefaultSignals) {
+    {
+        // Held until the start: the monitor's thread starts the command.
+        nvtest::InheritedJunk junk;
+        m_sup.Apply(m_s);
+        ASSERT_TRUE(WaitForLines(m_report, "started: " + m_cmd + " (pid ", 1, 5000));
+    }
+    pid_t pid = PidInLine(m_report, "started: " + m_cmd);
+    std::string proc = "/proc/" + std::to_string(pid);
+    // Exec'd (the command line no longer the test's own).
+    ASSERT_TRUE(nvtest::WaitUntil(
+        [&] {
+            std::string c = nvtest::CommandLineOf(pid);
+            return c.size() >= m_cmd.size() - 6 &&
+                   c.compare(c.size() - (m_cmd.size() - 6), std::string::npos, m_cmd.substr(6)) ==
+                       0;
+        },
+        5000));
+    std::string env = nvtest::ReadFile(proc + "/environ");
+    std::string want;
+    for (const std::string& e : nvmonit::CommandEnvironment())
+        want += e + '\0';
+    EXPECT_EQ(env, want);
+    EXPECT_EQ(want, std::string("PATH=") + nvmonit::kCommandPath + '\0' + "LANG=C.UTF-8" + '\0' +
+                        "HOME=/" + '\0');
+    char cwd[256] = {};
+    ASSERT_GT(readlink((proc + "/cwd").c_str(), cwd, sizeof cwd - 1), 0);
+    EXPECT_STREQ(cwd, "/");
+    std::vector<std::string> fds;
+    for (int fd = 0; fd < 1024; ++fd) {
+        if (!Link(pid, fd).empty())
+            fds.push_back(std::to_string(fd) + " " + Link(pid, fd));
+    }
+    std::vector<std::string> nulls = {"0 /dev/null", "1 /dev/null", "2 /dev/null"};
+    EXPECT_EQ(fds, nulls);
+    EXPECT_EQ(StatusLine(pid, "SigIgn"), "SigIgn:\t0000000000000000");
+    EXPECT_EQ(StatusLine(pid, "SigBlk"), "SigBlk:\t0000000000000000");
 }
 
 TEST_F(ProcessMonitorTest, CommandThatDiesAtOnceIsBackedOff) {
@@ -220,6 +287,20 @@ TEST_F(SystemdStartTest, FailedSystemdRunIsReportedAndBackedOff) {
         1, 5000));
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(CountLines(m_report, "cannot start: "), 1);
+}
+
+TEST_F(SystemdStartTest, SwitchedOffAnswersWhileAStartHangs) {
+    // A systemd-run that does not come back: the start waits for it up to
+    // its 10 s limit; switching off must not wait as long.
+    std::string script = m_bin + "/systemd-run";
+    std::string mark = m_dir.File("run");
+    ASSERT_TRUE(nvtest::WriteFile(script, "#!/bin/sh\necho >" + mark + "\nexec sleep 30\n"));
+    chmod(script.c_str(), 0700);
+    m_sup.Apply(m_s);
+    ASSERT_TRUE(nvtest::WaitUntil([&] { return access(mark.c_str(), F_OK) == 0; }, 5000));
+    m_s.bProcessOn = false;
+    nvtest::ApplyWithin(m_sup, m_s, 5000);
+    EXPECT_FALSE(m_sup.Running().bProcess);
 }
 
 TEST(ProcessBackoff, NoMoreThanTenStartsInTheFirstTenSecondsAndFewerAfter) {

@@ -2,14 +2,19 @@
 // a full file system), excursions, the readings of /proc/stat and
 // /proc/meminfo, command lines and their matching, the systemd-run vector
 // and the settings file.
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <signal.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <thread>
 
@@ -19,6 +24,7 @@
 #include "agent/monitors/process_launch.h"
 #include "agent/monitors/process_table.h"
 #include "agent/monitors/report_file.h"
+#include "agent/monitors/report_rate.h"
 #include "agent/monitors/settings_json.h"
 #include "monitor_test_util.h"
 #include "temp_dir.h"
@@ -33,7 +39,7 @@ TEST(ReportFile, OneStampedLinePerEventWithMode0600) {
     nvmonit::ReportFile r(path, 1 << 20);
     r.Write("first event");
     r.Write("two\nlines");
-    std::vector<std::string> want = {"first event", "two lines"};
+    std::vector<std::string> want = {"first event", "two\\x0alines"};
     EXPECT_EQ(ReportLines(path), want);
     struct stat st {};
     ASSERT_EQ(stat(path.c_str(), &st), 0);
@@ -53,22 +59,87 @@ TEST(ReportFile, ExistingFileIsNarrowedTo0600) {
     EXPECT_EQ(st.st_mode & 0777, 0600u);
 }
 
-TEST(ReportFile, RotatesToOneCopyPastItsBound) {
+TEST(ReportFile, RotatesThroughItsCopiesPastItsBound) {
     nvtest::TempDir dir;
     std::string path = dir.File("r.txt");
     nvmonit::ReportFile r(path, 200);
-    for (int i = 0; i < 20; ++i)
-        r.Write("event number " + std::to_string(i) + " with some words");
+    // Four lines of 51 bytes fit in 200: each copy holds three.
+    const int lines = 3 * (nvmonit::kReportCopies + 3);
+    for (int i = 0; i < lines; ++i)
+        r.Write("event number " + std::to_string(100 + i) + " with some words");
     struct stat st {};
     ASSERT_EQ(stat(path.c_str(), &st), 0);
     EXPECT_LE(st.st_size, 200);
-    ASSERT_EQ(stat((path + ".1").c_str(), &st), 0);
-    EXPECT_LE(st.st_size, 200);
-    EXPECT_EQ(st.st_mode & 0777, 0600u);
-    EXPECT_EQ(access((path + ".2").c_str(), F_OK), -1);
+    for (int k = 1; k <= nvmonit::kReportCopies; ++k) {
+        std::string copy = path + "." + std::to_string(k);
+        ASSERT_EQ(stat(copy.c_str(), &st), 0) << copy;
+        EXPECT_LE(st.st_size, 200);
+        EXPECT_EQ(st.st_mode & 0777, 0600u);
+        // ".1" the newest: each copy's lines come right before the newer one's.
+        std::vector<std::string> older = ReportLines(copy);
+        std::vector<std::string> newer =
+            ReportLines(k == 1 ? path : path + "." + std::to_string(k - 1));
+        ASSERT_FALSE(older.empty());
+        ASSERT_FALSE(newer.empty());
+        int last = atoi(older.back().c_str() + 13);
+        int next = atoi(newer.front().c_str() + 13);
+        EXPECT_EQ(next, last + 1) << copy;
+    }
+    std::string dropped = path + "." + std::to_string(nvmonit::kReportCopies + 1);
+    EXPECT_EQ(access(dropped.c_str(), F_OK), -1);
     std::vector<std::string> last = ReportLines(path);
     ASSERT_FALSE(last.empty());
-    EXPECT_EQ(last.back(), "event number 19 with some words");
+    EXPECT_EQ(last.back(), "event number " + std::to_string(100 + lines - 1) + " with some words");
+}
+
+TEST(ReportFile, ControlCharactersAndBackslashesAreEscaped) {
+    nvtest::TempDir dir;
+    std::string path = dir.File("r.txt");
+    nvmonit::ReportFile r(path, 1 << 20);
+    // A clear-screen sequence, a forged line, a backslash, an eight-bit CSI
+    // alone and in UTF-8, a byte that is not UTF-8, and accented letters
+    // and CJK that are kept.
+    r.Write(std::string("created /tmp/a\x1b[2Jb\\c\n2026-01-01 00:00:00 deleted /etc/x") +
+            "\x9b"
+            "1m\xc2\x9b\xff" +
+            "\xc3\xa9t\xc3\xa9 \xe6\x97\xa5");
+    std::string text = nvtest::ReadFile(path);
+    EXPECT_EQ(text.find('\x1b'), std::string::npos);
+    std::vector<std::string> lines = ReportLines(path);
+    ASSERT_EQ(lines.size(), 1u) << text;
+    EXPECT_EQ(lines[0],
+              "created /tmp/a\\x1b[2Jb\\\\c\\x0a2026-01-01 00:00:00 deleted /etc/x"
+              "\\x9b1m\\xc2\\x9b\\xff\xc3\xa9t\xc3\xa9 \xe6\x97\xa5");
+    // Overlong and surrogate forms are not UTF-8 either.
+    EXPECT_EQ(nvmonit::EscapeReportText("\xc0\xaf\xed\xa0\x80"), "\\xc0\\xaf\\xed\\xa0\\x80");
+    EXPECT_EQ(nvmonit::EscapeReportText("plain /etc/hosts"), "plain /etc/hosts");
+}
+
+TEST(ReportRate, LinesPerKeyAndBytesInAllThenOneSummaryPerKey) {
+    using namespace std::chrono;
+    nvmonit::ReportRate rate(seconds(10), 3, 1000);
+    auto t0 = steady_clock::time_point() + hours(1);
+    int allowed = 0;
+    for (int i = 0; i < 10; ++i)
+        allowed += rate.Allow("/tmp", 10, t0 + milliseconds(i)) ? 1 : 0;
+    EXPECT_EQ(allowed, 3);
+    EXPECT_TRUE(rate.Allow("/srv", 10, t0));
+    EXPECT_TRUE(rate.Due(t0 + seconds(9)).empty());
+    EXPECT_EQ(rate.MsUntilDue(t0 + seconds(9)), 1000);
+    std::vector<std::string> want = {"7 more events in /tmp"};
+    EXPECT_EQ(rate.Due(t0 + seconds(10)), want);
+    EXPECT_EQ(rate.MsUntilDue(t0 + seconds(10)), -1);
+    EXPECT_EQ(rate.Keys(), 0u);
+    // A new window for each key.
+    EXPECT_TRUE(rate.Allow("/tmp", 10, t0 + seconds(11)));
+    // The overall byte budget holds back lines of any key.
+    nvmonit::ReportRate bytes(seconds(10), 100, 100);
+    EXPECT_TRUE(bytes.Allow("/a", 60, t0));
+    EXPECT_FALSE(bytes.Allow("/b", 60, t0));
+    EXPECT_TRUE(bytes.Allow("/b", 40, t0));
+    std::vector<std::string> b = {"1 more events in /b"};
+    EXPECT_EQ(bytes.Due(t0 + seconds(10)), b);
+    EXPECT_TRUE(bytes.Allow("/b", 60, t0 + seconds(10)));
 }
 
 TEST(ReportFile, FullFileSystemDropsLinesAndGoesOn) {
@@ -259,6 +330,118 @@ TEST(ProcessCommands, SystemdRunVectorStartsATransientUnitWithoutOutput) {
     EXPECT_NE(std::find(v.begin(), v.end(), "--property=StandardOutput=null"), v.end());
     // No --scope: a scope would stay in the agent's own unit.
     EXPECT_EQ(std::find(v.begin(), v.end(), "--scope"), v.end());
+}
+
+TEST(ProcessCommands, SystemdRunVectorCarriesTheServiceHardeningEnvironmentAndDirectory) {
+    std::vector<std::string> v = nvmonit::SystemdRunArgv({"/usr/sbin/httpd"});
+    auto has = [&](const std::string& a) { return std::find(v.begin(), v.end(), a) != v.end(); };
+    EXPECT_TRUE(has("--working-directory=/"));
+    for (const std::string& e : nvmonit::CommandEnvironment())
+        EXPECT_TRUE(has("--setenv=" + e)) << e;
+    // Every hardening line of the service's [Service] section, as a property.
+    std::ifstream unit(std::string(NV_SOURCE_DIR) + "/dist/norvane.service");
+    ASSERT_TRUE(unit.good());
+    const std::vector<std::string> notHardening = {"Type", "ExecStart", "Restart", "RestartSec",
+                                                   "KillMode"};
+    bool inService = false;
+    int checked = 0;
+    for (std::string line; std::getline(unit, line);) {
+        if (!line.empty() && line[0] == '[')
+            inService = line == "[Service]";
+        size_t eq = line.find('=');
+        if (!inService || line.empty() || line[0] == '#' || eq == std::string::npos)
+            continue;
+        if (std::find(notHardening.begin(), notHardening.end(), line.substr(0, eq)) !=
+            notHardening.end()) {
+            continue;
+        }
+        EXPECT_TRUE(has("--property=" + line)) << line;
+        ++checked;
+    }
+    EXPECT_GE(checked, 15);
+}
+
+// Forks a child that runs program with argv, as user uid when uid is not
+// -1; its pid once its command line shows.
+pid_t RunAs(const std::string& program, const std::vector<std::string>& argv, uid_t uid) {
+    pid_t pid = fork();
+    if (pid == 0) {
+        if (uid != static_cast<uid_t>(-1) &&
+            (setgroups(0, nullptr) != 0 || setresgid(uid, uid, uid) != 0 ||
+             setresuid(uid, uid, uid) != 0)) {
+            _exit(126);
+        }
+        std::vector<char*> a;
+        for (const std::string& w : argv)
+            a.push_back(const_cast<char*>(w.c_str()));
+        a.push_back(nullptr);
+        execv(program.c_str(), a.data());
+        _exit(127);
+    }
+    nvtest::WaitUntil(
+        [&] {
+            return !nvtest::CommandLineOf(pid).empty() &&
+                   nvtest::CommandLineOf(pid) != nvtest::CommandLineOf(getpid());
+        },
+        5000);
+    return pid;
+}
+
+nvmonit::ProcInfo InfoOf(pid_t pid) {
+    for (const nvmonit::ProcInfo& p : nvmonit::ListProcesses("/proc")) {
+        if (p.pid == pid)
+            return p;
+    }
+    return {};
+}
+
+TEST(ProcessCommands, SameCommandLineFromAnotherProgramOrUserIsNotTheCommand) {
+    nvtest::TempDir dir;
+    std::string sleepPath = nvmonit::ResolveProgram("sleep", nvmonit::SearchPath());
+    ASSERT_FALSE(sleepPath.empty());
+    std::string arg = "8" + std::to_string(getpid()) + ".5";
+    std::vector<std::string> words = {"sleep", arg};
+    nvmonit::ProgramIdentity id = nvmonit::IdentifyProgram(sleepPath, geteuid());
+
+    pid_t real = RunAs(sleepPath, words, static_cast<uid_t>(-1));
+    nvmonit::ProcInfo p = InfoOf(real);
+    EXPECT_EQ(p.uidReal, geteuid());
+    EXPECT_TRUE(nvmonit::RunsCommand(p, words, sleepPath, id)) << p.sExe;
+
+    // Another program (a copy elsewhere) showing the same command line.
+    std::string copy = dir.File("sleep");
+    ASSERT_TRUE(nvtest::WriteFile(copy, nvtest::ReadFile(sleepPath)));
+    chmod(copy.c_str(), 0755);
+    pid_t fake = RunAs(copy, words, static_cast<uid_t>(-1));
+    p = InfoOf(fake);
+    EXPECT_TRUE(nvmonit::CommandMatches(p.vArgv, words, sleepPath));
+    EXPECT_FALSE(nvmonit::RunsCommand(p, words, sleepPath, id));
+
+    // A "#!" script runs as its interpreter.
+    std::string script = dir.File("daemon.sh");
+    ASSERT_TRUE(nvtest::WriteFile(script, "#!/bin/sh\nwhile :; do sleep 1; done\n"));
+    chmod(script.c_str(), 0755);
+    pid_t sh = RunAs("/bin/sh", {"/bin/sh", script, "-x"}, static_cast<uid_t>(-1));
+    p = InfoOf(sh);
+    EXPECT_TRUE(nvmonit::RunsCommand(p, {script, "-x"}, script,
+                                     nvmonit::IdentifyProgram(script, geteuid())))
+        << p.sExe;
+
+    // The same program and command line under another user.
+    pid_t other = -1;
+    if (geteuid() == 0) {
+        other = RunAs(sleepPath, words, 65534);
+        p = InfoOf(other);
+        EXPECT_EQ(p.uidReal, 65534u);
+        EXPECT_EQ(p.sExe, id.sExe);
+        EXPECT_FALSE(nvmonit::RunsCommand(p, words, sleepPath, id));
+    }
+    for (pid_t pid : {real, fake, sh, other}) {
+        if (pid > 0) {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+    }
 }
 
 TEST(ProcessCommands, RunToEndGivesTheExitCodeAndKillsAtTheDeadline) {

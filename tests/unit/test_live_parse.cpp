@@ -1,7 +1,9 @@
 // The live backend's readers that turn system text into the state record
 // (iptables rules, the FTP and Samba configurations, /proc/meminfo,
 // os-release), its settings file, and its tool runner.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "agent/live/live_firewall.h"
 #include "agent/live/live_services.h"
@@ -9,6 +11,7 @@
 #include "agent/live/live_sysinfo.h"
 #include "agent/live/run_process.h"
 #include "agent/state_json.h"
+#include "inherited_junk.h"
 #include "temp_dir.h"
 
 using namespace nvagent;
@@ -139,6 +142,36 @@ TEST(RunTool, CleanEnvironmentAndTimeLimit) {
     ToolRun slow = RunTool({"sleep", "5"}, "", 200);
     EXPECT_TRUE(slow.bTimedOut);
     EXPECT_FALSE(slow.Ok());
+}
+
+TEST(RunTool, OnlyTheThreePipesDefaultSignalsAndTheRootDirectory) {
+    // What the agent may hold when it runs a tool: a descriptor without
+    // close-on-exec, an ignored SIGQUIT, a blocked SIGUSR1, a secret.
+    int leaked = open("/dev/null", O_RDONLY);
+    ASSERT_GE(leaked, 3);
+    ToolRun fds, status;
+    {
+        nvtest::InheritedJunk junk;
+        fds = RunTool({"sh", "-c", "ls /proc/$$/fd; echo; pwd"});
+        status = RunTool({"cat", "/proc/self/status"});
+    }
+    close(leaked);
+    ASSERT_TRUE(fds.Ok()) << fds.sErr;
+    // ls's own directory descriptor is 3 in the child of the shell, not in
+    // the shell: the shell holds 0, 1 and 2, and what it opened itself
+    // (dash: none; bash: 255).
+    std::string listing = fds.sOut.substr(0, fds.sOut.find("\n\n"));
+    for (std::string::size_type at = 0; at < listing.size();) {
+        std::string::size_type nl = listing.find('\n', at);
+        std::string fd = listing.substr(at, nl - at);
+        EXPECT_TRUE(fd == "0" || fd == "1" || fd == "2" || fd == "255") << fd;
+        at = nl == std::string::npos ? listing.size() : nl + 1;
+    }
+    EXPECT_EQ(listing.find(std::to_string(leaked) + "\n"), std::string::npos) << listing;
+    EXPECT_NE(fds.sOut.find("\n\n/\n"), std::string::npos) << fds.sOut;
+    ASSERT_TRUE(status.Ok());
+    EXPECT_NE(status.sOut.find("\nSigIgn:\t0000000000000000\n"), std::string::npos) << status.sOut;
+    EXPECT_NE(status.sOut.find("\nSigBlk:\t0000000000000000\n"), std::string::npos) << status.sOut;
 }
 
 }  // namespace

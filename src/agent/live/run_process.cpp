@@ -12,6 +12,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "agent/monitors/child_exec.h"
+
 namespace nvagent {
 
 namespace {
@@ -48,18 +50,14 @@ int StatusCode(int status) {
     return -1;
 }
 
-// In the child: the pipes on 0, 1 and 2, then exec; 127 when exec fails.
-// Only async-signal-safe calls: the agent has other threads.
+// In the child: the pipes on 0, 1 and 2, then the clean exec (no other
+// descriptor, so what a tool leaves running, as the DHCP client ifup
+// starts, keeps nothing of the agent's); 127 when exec fails.
 [[noreturn]] void Child(const char* path, char* const* args, Pipe& in, Pipe& out, Pipe& err) {
     dup2(in.fd[0], STDIN_FILENO);
     dup2(out.fd[1], STDOUT_FILENO);
     dup2(err.fd[1], STDERR_FILENO);
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    signal(SIGPIPE, SIG_DFL);
-    execve(path, args, const_cast<char* const*>(kCleanEnv));
-    _exit(127);
+    nvmonit::ExecClean(path, args, const_cast<char* const*>(kCleanEnv), -1);
 }
 
 }  // namespace

@@ -22,7 +22,10 @@ struct ToolRun {
 };
 
 // Runs argv (argv[0] an absolute path or a name looked up in the fixed
-// system PATH) with stdinText on standard input and the limit in ms.
+// system PATH) with stdinText on standard input and the limit in ms. The
+// tool gets the three pipes as its only descriptors, every signal's default
+// handling with none blocked, the working directory / and the clean environment PATH (the fixed
+// system directories), LC_ALL=C, LANG=C.
 ToolRun RunTool(const std::vector<std::string>& argv, const std::string& stdinText = "",
                 int timeoutMs = 10000);
 

@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <system_error>
 
 namespace nvmonit {
 
@@ -47,7 +46,7 @@ bool Exists(const std::string& p) {
 }  // namespace
 
 FileMonitor::FileMonitor(const MonitorSettings& s)
-    : m_report(MonitDir(s) + "/" + kFileReport, s.llReportMaxBytes) {
+    : m_report(MonitDir(s) + "/" + kFileReport, s.llReportMaxBytes), m_monitDir(MonitDir(s)) {
     for (const std::string& p : s.vFiles)
         m_pendingPaths.push_back(Normalize(p));
 }
@@ -57,8 +56,16 @@ FileMonitor::~FileMonitor() {
 }
 
 bool FileMonitor::Start() {
-    if (m_thread.joinable())
+    if (m_thread.Started())
         return true;
+    // The reports' folder, known by device and inode however a listed path
+    // spells it.
+    MakeDirs(m_monitDir);
+    struct stat st {};
+    if (stat(m_monitDir.c_str(), &st) == 0) {
+        m_monitDev = st.st_dev;
+        m_monitIno = st.st_ino;
+    }
     m_fd = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     m_wakeFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     if (m_fd < 0 || m_wakeFd < 0) {
@@ -72,10 +79,9 @@ bool FileMonitor::Start() {
     }
     m_paths = m_pendingPaths;
     Reconcile(false);
-    try {
-        m_thread = std::thread([this] { Run(); });
-    } catch (const std::system_error& e) {
-        m_report.Write(std::string("file monitor cannot start: ") + e.what());
+    std::string err;
+    if (!m_thread.Start([this] { Run(); }, err)) {
+        m_report.Write("file monitor cannot start: " + err);
         close(m_fd);
         close(m_wakeFd);
         m_fd = m_wakeFd = -1;
@@ -84,18 +90,22 @@ bool FileMonitor::Start() {
     return true;
 }
 
-void FileMonitor::Stop() {
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_stop = true;
-    }
+void FileMonitor::RequestStop() {
+    m_stop = true;
     if (m_wakeFd >= 0) {
         uint64_t one = 1;
         ssize_t w = write(m_wakeFd, &one, sizeof one);
         (void)w;  // a full counter already wakes the thread
     }
-    if (m_thread.joinable())
-        m_thread.join();
+}
+
+bool FileMonitor::WaitStopped(int ms) {
+    return m_thread.WaitDone(ms);
+}
+
+void FileMonitor::Stop() {
+    RequestStop();
+    m_thread.Join();
     if (m_fd >= 0)
         close(m_fd);
     if (m_wakeFd >= 0)
@@ -118,23 +128,21 @@ void FileMonitor::Configure(const MonitorSettings& s) {
 }
 
 void FileMonitor::Run() {
-    for (;;) {
+    while (!m_stop) {
         struct pollfd p[2] = {{m_fd, POLLIN, 0}, {m_wakeFd, POLLIN, 0}};
-        if (poll(p, 2, -1) < 0 && errno != EINTR)
+        if (poll(p, 2, m_rate.MsUntilDue(std::chrono::steady_clock::now())) < 0 && errno != EINTR)
+            break;
+        if (m_stop)
             break;
         if (p[1].revents & POLLIN) {
             uint64_t n = 0;
             ssize_t r = read(m_wakeFd, &n, sizeof n);
             (void)r;  // only the wake-up counts
-            {
-                std::lock_guard<std::mutex> lock(m_mutex);
-                if (m_stop)
-                    return;
-            }
             TakeSettings();
         }
         if (p[0].revents & POLLIN)
             ReadEvents();
+        WriteSummaries();
     }
 }
 
@@ -183,18 +191,24 @@ void FileMonitor::Plan(std::map<std::string, uint32_t>& want,
 // Sets exactly the watches of want, dropping the others.
 void FileMonitor::Watch(const std::map<std::string, uint32_t>& want) {
     std::map<int, std::string> next;
+    std::set<int> own;
     std::set<std::string> failed;
     for (const auto& kv : want) {
         int wd = inotify_add_watch(m_fd, kv.first.c_str(), kv.second);
         if (wd >= 0) {
             next[wd] = kv.first;
+            struct stat st {};
+            if (stat(kv.first.c_str(), &st) == 0 && st.st_dev == m_monitDev &&
+                st.st_ino == m_monitIno) {
+                own.insert(wd);
+            }
             continue;
         }
         // Out of watches (fs.inotify.max_user_watches) or no access: said
         // once, tried again at the next change.
         failed.insert(kv.first);
         if (m_failed.count(kv.first) == 0)
-            m_report.Write("cannot watch " + kv.first + ": " + strerror(errno));
+            WriteLimited("cannot watch " + kv.first + ": " + strerror(errno), kv.first);
     }
     m_failed.swap(failed);
     for (const auto& kv : m_wdPath) {
@@ -202,6 +216,7 @@ void FileMonitor::Watch(const std::map<std::string, uint32_t>& want) {
             inotify_rm_watch(m_fd, kv.first);
     }
     m_wdPath.swap(next);
+    m_wdOwn.swap(own);
 }
 
 void FileMonitor::Reconcile(bool report) {
@@ -226,38 +241,74 @@ void FileMonitor::Reconcile(bool report) {
         bool before = it != m_exists.end() && it->second;
         // Changes the events did not tell (a path made with its parents in
         // one go, or events lost) are reported from what is there now.
-        if (report && it != m_exists.end() && before != kv.second) {
+        if (report && it != m_exists.end() && before != kv.second &&
+            !IsOwnReport(Parent(kv.first), kv.first.substr(kv.first.find_last_of('/') + 1))) {
             std::string line = std::string(kv.second ? "created" : "deleted") + " " + kv.first;
             if (m_batch.count(line) == 0 &&
                 m_batch.count(std::string(kv.second ? "moved here" : "moved away") + " " +
                               kv.first) == 0) {
-                Report(kv.second ? "created" : "deleted", kv.first);
+                Report(kv.second ? "created" : "deleted", kv.first, Parent(kv.first));
             }
         }
     }
     m_exists.swap(exists);
 }
 
-void FileMonitor::Report(const std::string& kind, const std::string& path) {
+bool FileMonitor::IsOwnReport(const std::string& dir, const std::string& name) const {
+    if (!IsReportName(name))
+        return false;
+    struct stat st {};
+    return stat(dir.c_str(), &st) == 0 && st.st_dev == m_monitDev && st.st_ino == m_monitIno;
+}
+
+void FileMonitor::Report(const std::string& kind, const std::string& path, const std::string& dir) {
     std::string line = kind + " " + path;
     if (kind == "modified") {
         auto now = std::chrono::steady_clock::now();
         auto it = m_burst.find(path);
         if (it != m_burst.end() && now - it->second < kModifyRepeat)
             return;
+        if (m_burst.size() >= kMaxBursts)
+            PruneBursts(now);
         m_burst[path] = now;
     } else if (m_batch.count(line) != 0) {
         return;
     }
     m_batch.insert(line);
-    m_report.Write(line);
+    WriteLimited(line, dir);
+}
+
+// Bursts older than the repeat time no longer hold a line back; when every
+// one is younger (a flood of writers), all are forgotten: a repeated
+// "modified" line is the price, and the rate limit bounds it.
+void FileMonitor::PruneBursts(std::chrono::steady_clock::time_point now) {
+    for (auto it = m_burst.begin(); it != m_burst.end();) {
+        if (now - it->second >= kModifyRepeat)
+            it = m_burst.erase(it);
+        else
+            ++it;
+    }
+    if (m_burst.size() >= kMaxBursts)
+        std::map<std::string, std::chrono::steady_clock::time_point>().swap(m_burst);
+}
+
+void FileMonitor::WriteLimited(const std::string& line, const std::string& dir) {
+    if (m_rate.Allow(dir, line.size() + 21, std::chrono::steady_clock::now()))
+        m_report.Write(line);
+}
+
+void FileMonitor::WriteSummaries() {
+    for (const std::string& line : m_rate.Due(std::chrono::steady_clock::now()))
+        m_report.Write(line);
 }
 
 void FileMonitor::ReadEvents() {
     alignas(struct inotify_event) char buf[64 * 1024];
     bool reconcile = false;
-    m_batch.clear();
-    for (;;) {
+    // A bounded share per wake-up: the thread then looks at its stop and
+    // settings again, and the batch's memory stays small.
+    std::set<std::string>().swap(m_batch);
+    for (int reads = 0; reads < kReadsPerWake; ++reads) {
         ssize_t n = read(m_fd, buf, sizeof buf);
         if (n <= 0)
             break;
@@ -265,7 +316,12 @@ void FileMonitor::ReadEvents() {
             const struct inotify_event* ev = reinterpret_cast<const struct inotify_event*>(ptr);
             ptr += sizeof(struct inotify_event) + ev->len;
             if (ev->mask & IN_Q_OVERFLOW) {
-                m_report.Write("events were lost (queue overflow); watching again");
+                // Said at most once a rate window: a flood overflows often.
+                auto now = std::chrono::steady_clock::now();
+                if (now - m_lastOverflow >= kRateWindow) {
+                    m_lastOverflow = now;
+                    m_report.Write("events were lost (queue overflow); watching again");
+                }
                 reconcile = true;
                 continue;
             }
@@ -285,6 +341,8 @@ void FileMonitor::ReadEvents() {
             if (ev->len == 0 || ev->name[0] == '\0')
                 continue;  // the directory's own events come from its parent
             const std::string& dir = wit->second;
+            if (m_wdOwn.count(ev->wd) != 0 && IsReportName(ev->name))
+                continue;  // each line written would be an event again
             std::string full = (dir == "/" ? "" : dir) + "/" + ev->name;
             bool wanted = false;
             for (const std::string& p : m_paths) {
@@ -314,7 +372,7 @@ void FileMonitor::ReadEvents() {
                 continue;
             if (ev->mask & (IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO))
                 m_burst.erase(full);
-            Report(kind, full);
+            Report(kind, full, dir);
         }
     }
     if (reconcile)

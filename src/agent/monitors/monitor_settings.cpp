@@ -1,4 +1,4 @@
-// The settings' helpers: the report folder and the rule that an empty list
+// The settings' helpers: the report folder and names, and the rule that an empty list
 // switches its monitor off.
 #include "agent/monitors/monitor_settings.h"
 
@@ -9,6 +9,24 @@ std::string MonitDir(const MonitorSettings& s) {
     while (d.size() > 1 && d.back() == '/')
         d.pop_back();
     return d + "/monit";
+}
+
+bool IsReportName(const std::string& name) {
+    static const char* const kNames[] = {kFileReport,   kProcessReport, kCpuReport,
+                                         kMemoryReport, kVolumeReport,  kBackupReport};
+    for (const char* n : kNames) {
+        std::string base(n);
+        if (name.compare(0, base.size(), base) != 0)
+            continue;
+        if (name.size() == base.size())
+            return true;
+        // A rotated copy: ".1", ".2", ...
+        if (name[base.size()] == '.' && name.size() > base.size() + 1 &&
+            name.find_first_not_of("0123456789", base.size() + 1) == std::string::npos) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool SwitchOffEmptyLists(MonitorSettings& s) {

@@ -95,6 +95,9 @@ constexpr const char* kBackupReport = "backupmonit.txt";
 // <data dir>/monit
 std::string MonitDir(const MonitorSettings& s);
 
+// Whether name is one of the report files' names, or a rotated copy's.
+bool IsReportName(const std::string& name);
+
 // The switches a monitor's empty list turns off: file, process, volume and
 // backup monitors with nothing to watch are switched off in s. Returns true
 // when a switch changed, so that the agent can store the new flags.

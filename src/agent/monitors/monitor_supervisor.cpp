@@ -1,6 +1,8 @@
 // Starting, stopping and reconfiguring the six monitors as one.
 #include "agent/monitors/monitor_supervisor.h"
 
+#include <chrono>
+
 #include "agent/monitors/backup_monitor.h"
 #include "agent/monitors/cpu_monitor.h"
 #include "agent/monitors/disk_volume_monitor.h"
@@ -12,14 +14,17 @@ namespace nvmonit {
 
 namespace {
 
-// Runs m when on: made and started when missing, given the settings when
-// running, stopped and dropped when off. A monitor that cannot start (no
-// thread to be had) is dropped; the next Apply tries again.
+// How long switching monitors off waits for their threads, in all, before
+// it leaves them to end on their own (a backup copy or a service start
+// under way finishes first).
+constexpr int kStopWaitMs = 2000;
+
+// Runs m with s when it is running; made and started when on and missing.
+// A monitor that cannot start (no thread to be had) is dropped; the next
+// Apply tries again.
 template <class M>
-void Keep(std::unique_ptr<M>& m, bool on, const MonitorSettings& s) {
-    if (!on) {
-        m.reset();
-    } else if (m) {
+void KeepOn(std::unique_ptr<M>& m, const MonitorSettings& s) {
+    if (m) {
         m->Configure(s);
     } else {
         m = std::make_unique<M>(s);
@@ -34,6 +39,44 @@ MonitorSupervisor::MonitorSupervisor() = default;
 
 MonitorSupervisor::~MonitorSupervisor() {
     StopAll();
+    // Now without a bound: the agent is ending.
+    m_retired.clear();
+}
+
+template <class M>
+void MonitorSupervisor::AskStop(std::unique_ptr<M>& m, bool off) {
+    if (off && m) {
+        m->RequestStop();
+        m_stopping.push_back(std::move(m));
+    }
+}
+
+// Asks the monitors of off to stop, then waits for them kStopWaitMs in all;
+// those still running are kept aside and dropped once they have ended.
+void MonitorSupervisor::StopLocked(const RunningMonitors& off) {
+    AskStop(m_file, off.bFile);
+    AskStop(m_process, off.bProcess);
+    AskStop(m_cpu, off.bCpu);
+    AskStop(m_memory, off.bMemory);
+    AskStop(m_volume, off.bVolume);
+    AskStop(m_backup, off.bBackup);
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kStopWaitMs);
+    for (auto& m : m_stopping) {
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                        deadline - std::chrono::steady_clock::now())
+                        .count();
+        if (m->WaitStopped(left > 0 ? static_cast<int>(left) : 0))
+            m.reset();
+        else
+            m_retired.push_back(std::move(m));
+    }
+    m_stopping.clear();
+    for (auto it = m_retired.begin(); it != m_retired.end();) {
+        if ((*it)->WaitStopped(0))
+            it = m_retired.erase(it);
+        else
+            ++it;
+    }
 }
 
 void MonitorSupervisor::Apply(const MonitorSettings& given) {
@@ -41,29 +84,36 @@ void MonitorSupervisor::Apply(const MonitorSettings& given) {
     SwitchOffEmptyLists(s);
     std::lock_guard<std::mutex> lock(m_mutex);
     // A new data directory or report bound means new report files: restart.
-    if (s.sDataDir != m_settings.sDataDir || s.llReportMaxBytes != m_settings.llReportMaxBytes)
-        ResetAllLocked();
+    bool reset =
+        s.sDataDir != m_settings.sDataDir || s.llReportMaxBytes != m_settings.llReportMaxBytes;
+    RunningMonitors off;
+    off.bFile = reset || !s.bFileOn;
+    off.bProcess = reset || !s.bProcessOn;
+    off.bCpu = reset || !s.bCpuOn;
+    off.bMemory = reset || !s.bMemoryOn;
+    off.bVolume = reset || !s.bVolumeOn;
+    off.bBackup = reset || !s.bBackupOn;
+    StopLocked(off);
     m_settings = s;
-    Keep(m_file, s.bFileOn, s);
-    Keep(m_process, s.bProcessOn, s);
-    Keep(m_cpu, s.bCpuOn, s);
-    Keep(m_memory, s.bMemoryOn, s);
-    Keep(m_volume, s.bVolumeOn, s);
-    Keep(m_backup, s.bBackupOn, s);
+    if (s.bFileOn)
+        KeepOn(m_file, s);
+    if (s.bProcessOn)
+        KeepOn(m_process, s);
+    if (s.bCpuOn)
+        KeepOn(m_cpu, s);
+    if (s.bMemoryOn)
+        KeepOn(m_memory, s);
+    if (s.bVolumeOn)
+        KeepOn(m_volume, s);
+    if (s.bBackupOn)
+        KeepOn(m_backup, s);
 }
 
 void MonitorSupervisor::StopAll() {
     std::lock_guard<std::mutex> lock(m_mutex);
-    ResetAllLocked();
-}
-
-void MonitorSupervisor::ResetAllLocked() {
-    m_file.reset();
-    m_process.reset();
-    m_cpu.reset();
-    m_memory.reset();
-    m_volume.reset();
-    m_backup.reset();
+    RunningMonitors all;
+    all.bFile = all.bProcess = all.bCpu = all.bMemory = all.bVolume = all.bBackup = true;
+    StopLocked(all);
 }
 
 RunningMonitors MonitorSupervisor::Running() const {

@@ -14,6 +14,13 @@
 //     monitors.BackupSizes(); // current size of each backed-up file
 //
 // The reports go to <data dir>/monit/ (monitor_settings.h names them).
+//
+// Apply and StopAll are called with the agent's own lock held, so switching
+// a monitor off waits at most about two seconds for its thread (the loops
+// look at their stop at every wake-up, a flood of events included); a
+// monitor still busy then (a long backup copy, a service start) is set aside
+// and dropped once it has ended, and writes no more lines after that piece
+// of work.
 #ifndef NV_AGENT_MONITORS_MONITOR_SUPERVISOR_H
 #define NV_AGENT_MONITORS_MONITOR_SUPERVISOR_H
 
@@ -23,6 +30,7 @@
 #include <vector>
 
 #include "agent/monitors/monitor_settings.h"
+#include "agent/monitors/monitor_thread.h"
 #include "agent/monitors/volume_usage.h"
 
 namespace nvmonit {
@@ -65,9 +73,15 @@ public:
     std::vector<long long> BackupSizes() const;
 
 private:
-    // Stops every monitor; m_mutex is held.
-    void ResetAllLocked();
+    // Asks m to stop when off, moving it to m_stopping; m_mutex is held.
+    template <class M>
+    void AskStop(std::unique_ptr<M>& m, bool off);
+    // Stops the monitors marked in off; m_mutex is held.
+    void StopLocked(const RunningMonitors& off);
+
     mutable std::mutex m_mutex;
+    std::vector<std::unique_ptr<StoppableMonitor>> m_stopping;
+    std::vector<std::unique_ptr<StoppableMonitor>> m_retired;
     MonitorSettings m_settings;
     std::unique_ptr<FileMonitor> m_file;
     std::unique_ptr<ProcessMonitor> m_process;

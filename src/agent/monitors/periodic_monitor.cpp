@@ -2,7 +2,6 @@
 #include "agent/monitors/periodic_monitor.h"
 
 #include <chrono>
-#include <system_error>
 
 namespace nvmonit {
 
@@ -17,25 +16,28 @@ PeriodicMonitor::~PeriodicMonitor() {
 }
 
 bool PeriodicMonitor::Start() {
-    if (m_thread.joinable())
+    std::string err;
+    if (m_thread.Start([this] { Run(); }, err))
         return true;
-    try {
-        m_thread = std::thread([this] { Run(); });
-    } catch (const std::system_error& e) {
-        m_report.Write(std::string("the monitor cannot start: ") + e.what());
-        return false;
-    }
-    return true;
+    m_report.Write("the monitor cannot start: " + err);
+    return false;
 }
 
 void PeriodicMonitor::Stop() {
+    RequestStop();
+    m_thread.Join();
+}
+
+void PeriodicMonitor::RequestStop() {
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_stop = true;
     }
     m_wake.notify_all();
-    if (m_thread.joinable())
-        m_thread.join();
+}
+
+bool PeriodicMonitor::WaitStopped(int ms) {
+    return m_thread.WaitDone(ms);
 }
 
 void PeriodicMonitor::Configure(const MonitorSettings& s) {

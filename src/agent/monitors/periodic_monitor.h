@@ -6,17 +6,17 @@
 
 #include <condition_variable>
 #include <mutex>
-#include <thread>
 
 #include "agent/monitors/monitor_settings.h"
+#include "agent/monitors/monitor_thread.h"
 #include "agent/monitors/report_file.h"
 
 namespace nvmonit {
 
-class PeriodicMonitor {
+class PeriodicMonitor : public StoppableMonitor {
 public:
     PeriodicMonitor(const MonitorSettings& s, const char* reportName, int defaultIntervalMs);
-    virtual ~PeriodicMonitor();
+    ~PeriodicMonitor() override;
     PeriodicMonitor(const PeriodicMonitor&) = delete;
     PeriodicMonitor& operator=(const PeriodicMonitor&) = delete;
 
@@ -26,6 +26,8 @@ public:
     bool Start();
     // Stops and joins the thread; derived destructors call it first.
     void Stop();
+    void RequestStop() override;
+    bool WaitStopped(int ms) override;
     // New settings, applied at the next tick, which happens at once.
     void Configure(const MonitorSettings& s);
 
@@ -47,7 +49,7 @@ private:
     MonitorSettings m_settings;
     bool m_changed = true;
     bool m_stop = false;
-    std::thread m_thread;
+    MonitorThread m_thread;
 };
 
 }  // namespace nvmonit

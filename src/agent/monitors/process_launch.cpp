@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,11 +12,45 @@
 #include <cstring>
 #include <thread>
 
-extern char** environ;
+#include "agent/monitors/child_exec.h"
 
 namespace nvmonit {
 
 namespace {
+
+// The service's hardening (dist/norvane.service, [Service]), given to the
+// transient unit of a watched command so that it runs no less confined than
+// the agent would have started it. A test keeps the two in step.
+const char* const kUnitHardening[] = {
+    "UMask=0077",
+    "NoNewPrivileges=yes",
+    "PrivateTmp=yes",
+    "ProtectSystem=strict",
+    "ReadWritePaths=/etc /run /var/lib /var/log",
+    "ProtectControlGroups=yes",
+    "ProtectKernelModules=yes",
+    "ProtectKernelLogs=yes",
+    "RestrictAddressFamilies=AF_UNIX AF_NETLINK AF_INET AF_INET6 AF_PACKET",
+    "RestrictNamespaces=yes",
+    "RestrictRealtime=yes",
+    "RestrictSUIDSGID=yes",
+    "LockPersonality=yes",
+    "MemoryDenyWriteExecute=yes",
+    "SystemCallArchitectures=native",
+    "SystemCallFilter=~@cpu-emulation @debug @module @mount @obsolete @reboot @swap",
+    "CapabilityBoundingSet=CAP_NET_ADMIN CAP_NET_RAW CAP_NET_BIND_SERVICE CAP_SYS_ADMIN "
+    "CAP_SYS_TIME CAP_CHOWN CAP_FOWNER CAP_DAC_OVERRIDE CAP_DAC_READ_SEARCH CAP_SYS_PTRACE "
+    "CAP_KILL CAP_SETUID CAP_SETGID CAP_AUDIT_WRITE",
+};
+
+std::vector<char*> CEnv() {
+    static const std::vector<std::string> env = CommandEnvironment();
+    std::vector<char*> v;
+    for (const std::string& e : env)
+        v.push_back(const_cast<char*>(e.c_str()));
+    v.push_back(nullptr);
+    return v;
+}
 
 std::vector<char*> CArgv(const std::vector<std::string>& argv) {
     std::vector<char*> v;
@@ -32,40 +65,54 @@ bool IsExecutableFile(const std::string& path) {
     return stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// posix_spawn with a new session (when asked), default signal handling, an
-// empty signal mask, the standard streams on /dev/null and every other
-// descriptor closed.
+// fork and ExecClean with a new session (when asked), the standard streams
+// on /dev/null and the commands' environment; a failed exec is told back
+// through a close-on-exec pipe, so that it reads as a failed start.
 pid_t Spawn(const std::vector<std::string>& argv, bool newSession, std::string& err) {
-    posix_spawn_file_actions_t fa;
-    posix_spawnattr_t attr;
-    posix_spawn_file_actions_init(&fa);
-    posix_spawnattr_init(&attr);
-    posix_spawn_file_actions_addopen(&fa, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&fa, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addclosefrom_np(&fa, 3);
-    sigset_t none, all;
-    sigemptyset(&none);
-    sigfillset(&all);
-    posix_spawnattr_setsigmask(&attr, &none);
-    posix_spawnattr_setsigdefault(&attr, &all);
-    short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
-    if (newSession)
-        flags |= POSIX_SPAWN_SETSID;
-    posix_spawnattr_setflags(&attr, flags);
     std::vector<char*> cargv = CArgv(argv);
-    pid_t pid = -1;
-    int rc = posix_spawn(&pid, argv[0].c_str(), &fa, &attr, cargv.data(), environ);
-    posix_spawn_file_actions_destroy(&fa);
-    posix_spawnattr_destroy(&attr);
-    if (rc != 0) {
-        err = strerror(rc);
+    std::vector<char*> cenv = CEnv();
+    int report[2];
+    if (pipe2(report, O_CLOEXEC) != 0) {
+        err = strerror(errno);
+        return -1;
+    }
+    pid_t pid = fork();
+    if (pid < 0) {
+        err = strerror(errno);
+        close(report[0]);
+        close(report[1]);
+        return -1;
+    }
+    if (pid == 0) {
+        if (newSession)
+            setsid();
+        int null = open("/dev/null", O_RDWR);
+        for (int fd = 0; fd < 3; ++fd) {
+            if (null >= 0 && null != fd)
+                dup2(null, fd);
+        }
+        nvmonit::ExecClean(argv[0].c_str(), cargv.data(), cenv.data(), report[1]);
+    }
+    close(report[1]);
+    int childErr = 0;
+    ssize_t n;
+    do {
+        n = read(report[0], &childErr, sizeof childErr);
+    } while (n < 0 && errno == EINTR);
+    close(report[0]);
+    if (n == static_cast<ssize_t>(sizeof childErr)) {
+        waitpid(pid, nullptr, 0);
+        err = strerror(childErr);
         return -1;
     }
     return pid;
 }
 
 }  // namespace
+
+std::vector<std::string> CommandEnvironment() {
+    return {std::string("PATH=") + kCommandPath, "LANG=C.UTF-8", "HOME=/"};
+}
 
 std::vector<std::string> SplitCommand(const std::string& line) {
     std::vector<std::string> words;
@@ -109,9 +156,7 @@ std::string ResolveProgram(const std::string& name, const std::string& pathEnv) 
 
 std::string SearchPath() {
     const char* p = getenv("PATH");
-    return p != nullptr && *p != '\0'
-               ? p
-               : "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+    return p != nullptr && *p != '\0' ? p : kCommandPath;
 }
 
 bool SystemdRunning() {
@@ -125,9 +170,14 @@ std::vector<std::string> SystemdRunArgv(const std::vector<std::string>& argv) {
                                   "--quiet",
                                   "--collect",
                                   "--no-ask-password",
+                                  "--working-directory=/",
                                   "--property=StandardOutput=null",
-                                  "--property=StandardError=null",
-                                  "--"};
+                                  "--property=StandardError=null"};
+    for (const std::string& e : CommandEnvironment())
+        v.push_back("--setenv=" + e);
+    for (const char* h : kUnitHardening)
+        v.push_back(std::string("--property=") + h);
+    v.push_back("--");
     v.insert(v.end(), argv.begin(), argv.end());
     return v;
 }

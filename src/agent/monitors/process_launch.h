@@ -1,9 +1,13 @@
 // Starting a monitored command: its line split into an argument vector (no
 // shell is involved), the program found by absolute path or in PATH, and
 // the process started in a session of its own with its standard streams on
-// /dev/null. Where systemd runs, the command is started as a transient unit
-// of its own with systemd-run instead, so that it neither inherits the
-// agent's service restrictions nor is stopped with the agent's unit.
+// /dev/null, no other descriptor, default signal handling and an empty
+// signal mask, the working directory / and a clean environment of its own
+// (CommandEnvironment), nothing of the agent's. Where systemd runs, the
+// command is started as a transient unit of its own with systemd-run
+// instead, so that it is not stopped with the agent's unit; the unit gets
+// the same environment and working directory and the service's own
+// hardening (its sandbox and capability bounding set), given as properties.
 #ifndef NV_AGENT_MONITORS_PROCESS_LAUNCH_H
 #define NV_AGENT_MONITORS_PROCESS_LAUNCH_H
 
@@ -13,6 +17,13 @@
 #include <vector>
 
 namespace nvmonit {
+
+// The system directories, the PATH of a started command.
+constexpr const char* kCommandPath = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+
+// The whole environment of a started command: PATH (kCommandPath),
+// LANG=C.UTF-8 and HOME=/.
+std::vector<std::string> CommandEnvironment();
 
 // The words of a command line, split at blanks and tabs.
 std::vector<std::string> SplitCommand(const std::string& line);
@@ -29,7 +40,8 @@ std::string SearchPath();
 bool SystemdRunning();
 
 // The systemd-run argument vector that starts argv (argv[0] absolute) as a
-// transient service with its output discarded.
+// transient service with its output discarded, the commands' environment,
+// working directory / and the service's hardening.
 std::vector<std::string> SystemdRunArgv(const std::vector<std::string>& argv);
 
 // Starts argv (argv[0] absolute) in a new session, standard streams on

@@ -2,6 +2,7 @@
 #include "agent/monitors/process_monitor.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -90,6 +91,7 @@ void ProcessMonitor::Check(const std::string& command, Entry& e, const std::vect
                            const MonitorSettings& s) {
     Clock::time_point now = Clock::now();
     std::string program = ResolveProgram(e.vWords[0], SearchPath());
+    ProgramIdentity id = IdentifyProgram(program, geteuid());
     // The process table was read before the exit was seen: the process that
     // just ended may still be in it.
     pid_t gone = e.pid;
@@ -104,7 +106,7 @@ void ProcessMonitor::Check(const std::string& command, Entry& e, const std::vect
         bool alive = false;
         for (const ProcInfo& p : procs) {
             if (p.pid == e.pid) {
-                alive = CommandMatches(p.vArgv, e.vWords, program);
+                alive = RunsCommand(p, e.vWords, program, id);
                 break;
             }
         }
@@ -114,7 +116,7 @@ void ProcessMonitor::Check(const std::string& command, Entry& e, const std::vect
     if (e.pid != 0)
         return;
     for (const ProcInfo& p : procs) {
-        if (p.pid != gone && CommandMatches(p.vArgv, e.vWords, program)) {
+        if (p.pid != gone && RunsCommand(p, e.vWords, program, id)) {
             // Running already (started by someone else, by an earlier agent,
             // or through systemd): watch it.
             e.pid = p.pid;

@@ -3,9 +3,13 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+
+#include "agent/monitors/process_launch.h"
 
 namespace nvmonit {
 
@@ -50,6 +54,79 @@ char StateOf(const std::string& procDir, pid_t pid) {
     return stat[close + 2];
 }
 
+// The real and effective user of /proc/<pid>/status's "Uid:" line.
+bool UidsOf(const std::string& procDir, pid_t pid, uid_t& real, uid_t& effective) {
+    std::string status = ReadWhole(procDir + "/" + std::to_string(pid) + "/status");
+    size_t at = status.find("\nUid:");
+    if (at == std::string::npos)
+        return false;
+    char* end = nullptr;
+    const char* p = status.c_str() + at + 5;
+    unsigned long r = strtoul(p, &end, 10);
+    if (end == p)
+        return false;
+    p = end;
+    unsigned long e = strtoul(p, &end, 10);
+    if (end == p)
+        return false;
+    real = static_cast<uid_t>(r);
+    effective = static_cast<uid_t>(e);
+    return true;
+}
+
+std::string ExeOf(const std::string& procDir, pid_t pid) {
+    char buf[PATH_MAX];
+    std::string link = procDir + "/" + std::to_string(pid) + "/exe";
+    ssize_t n = readlink(link.c_str(), buf, sizeof buf - 1);
+    if (n <= 0)
+        return "";
+    std::string exe(buf, static_cast<size_t>(n));
+    // A program replaced on disk (an upgrade) while it runs.
+    const std::string deleted = " (deleted)";
+    if (exe.size() > deleted.size() &&
+        exe.compare(exe.size() - deleted.size(), deleted.size(), deleted) == 0) {
+        exe.resize(exe.size() - deleted.size());
+    }
+    return exe;
+}
+
+std::string RealPath(const std::string& path) {
+    if (path.empty())
+        return "";
+    char* r = realpath(path.c_str(), nullptr);
+    if (r == nullptr)
+        return "";
+    std::string out(r);
+    free(r);
+    return out;
+}
+
+// The program a "#!" script runs: its first line's interpreter, or with
+// "/usr/bin/env" the program env looks up in PATH.
+std::string InterpreterOf(const std::string& script) {
+    int fd = open(script.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return "";
+    char buf[256];
+    ssize_t n = read(fd, buf, sizeof buf);
+    close(fd);
+    if (n < 3 || buf[0] != '#' || buf[1] != '!')
+        return "";
+    std::string line(buf + 2, static_cast<size_t>(n - 2));
+    line = line.substr(0, line.find('\n'));
+    std::vector<std::string> w = SplitCommand(line);
+    if (w.empty())
+        return "";
+    if (w[0].size() >= 4 && w[0].compare(w[0].size() - 4, 4, "/env") == 0) {
+        for (size_t i = 1; i < w.size(); ++i) {
+            if (w[i][0] != '-')
+                return RealPath(ResolveProgram(w[i], SearchPath()));
+        }
+        return "";
+    }
+    return RealPath(w[0]);
+}
+
 bool SameArgs(const std::vector<std::string>& c, size_t from, const std::vector<std::string>& w) {
     if (c.size() - from != w.size())
         return false;
@@ -87,6 +164,8 @@ std::vector<ProcInfo> ListProcesses(const std::string& procDir) {
         }
         if (StateOf(procDir, p.pid) == 'Z')
             continue;
+        UidsOf(procDir, p.pid, p.uidReal, p.uidEffective);
+        p.sExe = ExeOf(procDir, p.pid);
         out.push_back(std::move(p));
     }
     closedir(d);
@@ -109,6 +188,24 @@ bool CommandMatches(const std::vector<std::string>& cmdline, const std::vector<s
             return true;
     }
     return false;
+}
+
+ProgramIdentity IdentifyProgram(const std::string& program, uid_t owner) {
+    ProgramIdentity id;
+    id.uidOwner = owner;
+    id.sExe = RealPath(program);
+    if (!id.sExe.empty())
+        id.sInterpreter = InterpreterOf(id.sExe);
+    return id;
+}
+
+bool RunsCommand(const ProcInfo& p, const std::vector<std::string>& words,
+                 const std::string& program, const ProgramIdentity& id) {
+    if (p.uidReal != id.uidOwner || p.uidEffective != id.uidOwner || p.sExe.empty())
+        return false;
+    if (p.sExe != id.sExe && (id.sInterpreter.empty() || p.sExe != id.sInterpreter))
+        return false;
+    return CommandMatches(p.vArgv, words, program);
 }
 
 bool ProcessAlive(const std::string& procDir, pid_t pid) {

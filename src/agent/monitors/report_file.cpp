@@ -30,6 +30,79 @@ bool MakeDirs(const std::string& dir) {
     return mkdir(dir.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
+namespace {
+
+// The length of the valid UTF-8 sequence at s[i], or 0.
+size_t Utf8Length(const std::string& s, size_t i) {
+    const unsigned char c = static_cast<unsigned char>(s[i]);
+    size_t n = 0;
+    unsigned int cp = 0;
+    if (c >= 0xc2 && c <= 0xdf) {
+        n = 2;
+        cp = c & 0x1f;
+    } else if (c >= 0xe0 && c <= 0xef) {
+        n = 3;
+        cp = c & 0x0f;
+    } else if (c >= 0xf0 && c <= 0xf4) {
+        n = 4;
+        cp = c & 0x07;
+    } else {
+        return 0;
+    }
+    if (i + n > s.size())
+        return 0;
+    for (size_t k = 1; k < n; ++k) {
+        const unsigned char d = static_cast<unsigned char>(s[i + k]);
+        if ((d & 0xc0) != 0x80)
+            return 0;
+        cp = (cp << 6) | (d & 0x3f);
+    }
+    // Overlong forms, surrogates and values past U+10FFFF are not UTF-8.
+    static const unsigned int kMin[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (cp < kMin[n] || (cp >= 0xd800 && cp <= 0xdfff) || cp > 0x10ffff)
+        return 0;
+    return n;
+}
+
+void AppendHex(std::string& out, unsigned char c) {
+    static const char kHex[] = "0123456789abcdef";
+    out += "\\x";
+    out += kHex[c >> 4];
+    out += kHex[c & 0xf];
+}
+
+}  // namespace
+
+std::string EscapeReportText(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size();) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c == '\\') {
+            out += "\\\\";
+            ++i;
+        } else if (c < 0x20 || c == 0x7f) {
+            AppendHex(out, c);
+            ++i;
+        } else if (c < 0x80) {
+            out += static_cast<char>(c);
+            ++i;
+        } else if (size_t n = Utf8Length(text, i); n == 0) {
+            AppendHex(out, c);
+            ++i;
+        } else if (n == 2 && c == 0xc2 && static_cast<unsigned char>(text[i + 1]) < 0xa0) {
+            // U+0080 to U+009F: the eight-bit control characters.
+            AppendHex(out, c);
+            AppendHex(out, static_cast<unsigned char>(text[i + 1]));
+            i += 2;
+        } else {
+            out.append(text, i, n);
+            i += n;
+        }
+    }
+    return out;
+}
+
 ReportFile::ReportFile(std::string path, long long maxBytes)
     : m_path(std::move(path)), m_maxBytes(maxBytes) {}
 
@@ -39,12 +112,7 @@ uint64_t ReportFile::Dropped() const {
 }
 
 void ReportFile::Write(const std::string& text) {
-    std::string line = TimeStamp() + " " + text;
-    for (char& c : line) {
-        if (c == '\n' || c == '\r')
-            c = ' ';
-    }
-    line += '\n';
+    std::string line = TimeStamp() + " " + EscapeReportText(text) + "\n";
 
     std::lock_guard<std::mutex> lock(m_mutex);
     size_t slash = m_path.find_last_of('/');
@@ -53,6 +121,10 @@ void ReportFile::Write(const std::string& text) {
     struct stat st {};
     if (stat(m_path.c_str(), &st) == 0 &&
         st.st_size + static_cast<long long>(line.size()) > m_maxBytes) {
+        for (int k = kReportCopies - 1; k >= 1; --k) {
+            rename((m_path + "." + std::to_string(k)).c_str(),
+                   (m_path + "." + std::to_string(k + 1)).c_str());
+        }
         rename(m_path.c_str(), (m_path + ".1").c_str());
     }
     int fd = open(m_path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
