@@ -164,7 +164,7 @@ TEST(BackupMonitorLive, BackupThatCannotBeWrittenLeavesTheFileAndIsReportedOnce)
     sup.Apply(s);
     std::string report = dir.File("monit/backupmonit.txt");
     ASSERT_TRUE(nvtest::WaitForLines(
-        report, f + ": backup to " + dir.File("notadir/bak") + " failed: cannot create", 1, 5000));
+        report, f + ": backup to " + dir.File("notadir/bak") + " failed: cannot use", 1, 5000));
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     EXPECT_EQ(nvtest::ReportLines(report).size(), 1u);
     EXPECT_EQ(nvmonit::FileSizeBytes(f), 3000);

@@ -4,6 +4,7 @@
 
 #include "agent/display_lines.h"
 #include "agent/monitors/conf_settings.h"
+#include "agent/monitors/trusted_path.h"
 
 namespace nvagent {
 
@@ -19,6 +20,80 @@ bool LiveMonitors::SwitchOffEmptyLists(cConf_Inf& conf) const {
     if (!nvmonit::SwitchOffEmptyLists(s))
         return false;
     nvmonit::StoreSwitches(s, conf);
+    return true;
+}
+
+namespace {
+
+// Why the paths of req are refused, or empty; made on a probe's thread.
+std::string PathProblem(const Request& req, const std::string& dataDir) {
+    std::vector<std::pair<std::string, std::string>> paths;  // what, path
+    const BackupAddRequest* backup = std::get_if<BackupAddRequest>(&req);
+    if (const ListRequest* l = std::get_if<ListRequest>(&req); l && l->cmd == 13) {
+        for (const std::string& e : l->entries)
+            paths.push_back({"The monitored path", e});
+    } else if (const VolumeAddRequest* v = std::get_if<VolumeAddRequest>(&req)) {
+        paths.push_back({"The partition", v->partition});
+    } else if (backup != nullptr) {
+        paths.push_back({"The file", backup->file});
+        paths.push_back({"The backup directory", backup->dir});
+    }
+    std::string data = nvmonit::NormalPath(dataDir);
+    std::string dataResolved = nvmonit::ResolvedPath(dataDir);
+    for (const auto& [what, path] : paths) {
+        if (nvmonit::IsAtOrUnder(path, data) ||
+            nvmonit::IsAtOrUnder(nvmonit::ResolvedPath(path), dataResolved)) {
+            return what + " " + path + " lies in the agent's data directory " + data +
+                   " (its settings and reports).";
+        }
+    }
+    if (backup == nullptr)
+        return "";
+    for (bool isDir : {false, true}) {
+        const std::string& path = isDir ? backup->dir : backup->file;
+        std::string why = nvmonit::UntrustedPathReason(path, isDir);
+        if (!why.empty()) {
+            return std::string(isDir ? "The backup directory " : "The file ") + path +
+                   " is refused: " + why + ".";
+        }
+    }
+    return "";
+}
+
+}  // namespace
+
+bool LiveMonitors::PathsRefused(const Request& req, CmdResult& r) {
+    if (!std::holds_alternative<ListRequest>(req) &&
+        !std::holds_alternative<VolumeAddRequest>(req) &&
+        !std::holds_alternative<BackupAddRequest>(req)) {
+        return false;
+    }
+    // Keyed by the request, so that a hung check answers only its own.
+    std::string key;
+    std::visit(
+        [&key](const auto& q) {
+            using Q = std::decay_t<decltype(q)>;
+            if constexpr (std::is_same_v<Q, ListRequest>) {
+                key = "list " + std::to_string(q.cmd);
+                for (const std::string& e : q.entries)
+                    key += "\n" + e;
+            } else if constexpr (std::is_same_v<Q, VolumeAddRequest>) {
+                key = "volume\n" + q.partition;
+            } else if constexpr (std::is_same_v<Q, BackupAddRequest>) {
+                key = "backup\n" + q.file + "\n" + q.dir;
+            }
+        },
+        req);
+    std::string dataDir = m_dataDir;
+    std::optional<std::string> why = m_pathChecks.Run(
+        key, [req, dataDir] { return PathProblem(req, dataDir); }, 2 * nvmonit::kProbeAnswerTime);
+    if (!why) {
+        r = Invalid("The paths could not be checked: their file system does not answer.");
+        return true;
+    }
+    if (why->empty())
+        return false;
+    r = Invalid(*why);
     return true;
 }
 

@@ -79,28 +79,39 @@ RunningMonitors MonitorSupervisor::Running() const {
 }
 
 std::vector<VolumeUsage> MonitorSupervisor::VolumeUses() const {
-    std::vector<VolumeEntry> v;
+    std::vector<std::string> parts;
     std::string procDir;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        v = m_settings.vVolumes;
+        for (const VolumeEntry& e : m_settings.vVolumes)
+            parts.push_back(e.sPartition);
         procDir = m_settings.sProcDir;
     }
     std::vector<VolumeUsage> out;
-    for (const VolumeEntry& e : v)
-        out.push_back(MeasureVolume(e.sPartition, procDir));
+    for (std::optional<VolumeUsage>& u : m_volumeProbes.RunAll(
+             parts,
+             [procDir](const std::string& p) {
+                 return [p, procDir] { return MeasureVolume(p, procDir); };
+             },
+             kProbeAnswerTime)) {
+        out.push_back(u ? *u : NoAnswer());
+    }
     return out;
 }
 
 std::vector<long long> MonitorSupervisor::BackupSizes() const {
-    std::vector<BackupEntry> v;
+    std::vector<std::string> files;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        v = m_settings.vBackups;
+        for (const BackupEntry& e : m_settings.vBackups)
+            files.push_back(e.sFile);
     }
     std::vector<long long> out;
-    for (const BackupEntry& e : v)
-        out.push_back(FileSizeBytes(e.sFile));
+    for (std::optional<long long>& size : m_sizeProbes.RunAll(
+             files, [](const std::string& f) { return [f] { return FileSizeBytes(f); }; },
+             kProbeAnswerTime)) {
+        out.push_back(size ? *size : kSizeNoAnswer);
+    }
     return out;
 }
 
@@ -111,6 +122,8 @@ std::string VolumeUseText(const VolumeUsage& u) {
 }
 
 std::string BackupSizeText(long long bytes) {
+    if (bytes == kSizeNoAnswer)
+        return " not measurable: " + NoAnswer().sError;
     if (bytes < 0)
         return " missing";
     return " size " + std::to_string(bytes / 1024) + " KB";

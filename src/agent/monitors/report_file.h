@@ -1,5 +1,6 @@
 // A monitor's report file: one line per event, the local time first
-// ("YYYY-MM-DD HH:MM:SS text"), mode 0600, rotated to a single ".1" copy
+// ("YYYY-MM-DD HH:MM:SS text"), mode 0600, reached through trusted
+// directories only (trusted_path.h), rotated to a single ".1" copy
 // once it passes its size bound. Writing never fails loudly: on a full disk
 // or any other error the line is dropped and counted, and the next line
 // tries again, so a monitor never stops because of its report.
@@ -32,9 +33,6 @@ private:
 
 // The local time as "YYYY-MM-DD HH:MM:SS".
 std::string TimeStamp();
-
-// Creates dir and its missing parents with mode 0700; true when it exists.
-bool MakeDirs(const std::string& dir);
 
 }  // namespace nvmonit
 
