@@ -103,11 +103,12 @@ void LiveMonitors::Apply(const cConf_Inf& conf) {
 
 void LiveMonitors::ShowCurrentUse(cConf_Inf& conf) const {
     conf.vsDV = VolumeLines(conf.vDV);
-    std::vector<nvmonit::VolumeUsage> uses = m_supervisor.VolumeUses();
+    std::vector<nvmonit::VolumeUsage> uses;
+    std::vector<long long> sizes;
+    m_supervisor.CurrentUse(uses, sizes);
     for (size_t i = 0; i < conf.vsDV.size() && i < uses.size(); ++i)
         conf.vsDV[i] += nvmonit::VolumeUseText(uses[i]);
     conf.vsBakForSize = BackupLines(conf.vBakForSize);
-    std::vector<long long> sizes = m_supervisor.BackupSizes();
     for (size_t i = 0; i < conf.vsBakForSize.size() && i < sizes.size(); ++i)
         conf.vsBakForSize[i] += nvmonit::BackupSizeText(sizes[i]);
 }

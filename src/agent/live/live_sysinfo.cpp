@@ -109,20 +109,19 @@ std::vector<cDiskInfo> ReadDiskInfo() {
     // A hung network or FUSE mount does not answer: it is left out rather
     // than holding the check.
     static nvmonit::TimedProbes<VfsAnswer> probes;
-    std::vector<std::optional<VfsAnswer>> answers = probes.RunAll(
-        dirs,
-        [](const std::string& dir) {
-            return [dir] {
-                VfsAnswer a;
-                a.bOk = statvfs(dir.c_str(), &a.vfs) == 0;
-                return a;
-            };
-        },
-        nvmonit::kProbeAnswerTime);
+    for (const std::string& dir : dirs) {
+        probes.Start(dir, [dir] {
+            VfsAnswer a;
+            a.bOk = statvfs(dir.c_str(), &a.vfs) == 0;
+            return a;
+        });
+    }
+    auto deadline = std::chrono::steady_clock::now() + nvmonit::kProbeAnswerTime;
     for (size_t i = 0; i < dirs.size(); ++i) {
-        if (!answers[i] || !answers[i]->bOk || answers[i]->vfs.f_blocks == 0)
+        std::optional<VfsAnswer> answer = probes.Wait(dirs[i], deadline);
+        if (!answer || !answer->bOk || answer->vfs.f_blocks == 0)
             continue;
-        const struct statvfs& vfs = answers[i]->vfs;
+        const struct statvfs& vfs = answer->vfs;
         cDiskInfo d{};
         CopyText(d.szPart, sources[i].first.c_str());
         CopyText(d.szFS, sources[i].second.c_str());

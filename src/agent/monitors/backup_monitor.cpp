@@ -136,6 +136,8 @@ void PruneCopies(int dirFd, const std::string& name, size_t keep) {
         close(fd);
         return;
     }
+    // The duplicate shares the directory's read position: start over.
+    rewinddir(d);
     std::vector<std::pair<std::pair<std::string, long>, std::string>> copies;
     std::vector<std::string> partials;
     std::string partialPrefix = "." + name + ".partial-";

@@ -78,41 +78,45 @@ RunningMonitors MonitorSupervisor::Running() const {
     return r;
 }
 
-std::vector<VolumeUsage> MonitorSupervisor::VolumeUses() const {
+void MonitorSupervisor::CurrentUse(std::vector<VolumeUsage>& uses,
+                                   std::vector<long long>& sizes) const {
     std::vector<std::string> parts;
+    std::vector<std::string> files;
     std::string procDir;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         for (const VolumeEntry& e : m_settings.vVolumes)
             parts.push_back(e.sPartition);
+        for (const BackupEntry& e : m_settings.vBackups)
+            files.push_back(e.sFile);
         procDir = m_settings.sProcDir;
     }
-    std::vector<VolumeUsage> out;
-    for (std::optional<VolumeUsage>& u : m_volumeProbes.RunAll(
-             parts,
-             [procDir](const std::string& p) {
-                 return [p, procDir] { return MeasureVolume(p, procDir); };
-             },
-             kProbeAnswerTime)) {
-        out.push_back(u ? *u : NoAnswer());
-    }
-    return out;
+    // Every call started first, then all waited for until one deadline.
+    for (const std::string& p : parts)
+        m_volumeProbes.Start(p, [p, procDir] { return MeasureVolume(p, procDir); });
+    for (const std::string& f : files)
+        m_sizeProbes.Start(f, [f] { return FileSizeBytes(f); });
+    auto deadline = std::chrono::steady_clock::now() + kProbeAnswerTime;
+    uses.clear();
+    for (const std::string& p : parts)
+        uses.push_back(m_volumeProbes.Wait(p, deadline).value_or(NoAnswer()));
+    sizes.clear();
+    for (const std::string& f : files)
+        sizes.push_back(m_sizeProbes.Wait(f, deadline).value_or(kSizeNoAnswer));
+}
+
+std::vector<VolumeUsage> MonitorSupervisor::VolumeUses() const {
+    std::vector<VolumeUsage> uses;
+    std::vector<long long> sizes;
+    CurrentUse(uses, sizes);
+    return uses;
 }
 
 std::vector<long long> MonitorSupervisor::BackupSizes() const {
-    std::vector<std::string> files;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        for (const BackupEntry& e : m_settings.vBackups)
-            files.push_back(e.sFile);
-    }
-    std::vector<long long> out;
-    for (std::optional<long long>& size : m_sizeProbes.RunAll(
-             files, [](const std::string& f) { return [f] { return FileSizeBytes(f); }; },
-             kProbeAnswerTime)) {
-        out.push_back(size ? *size : kSizeNoAnswer);
-    }
-    return out;
+    std::vector<VolumeUsage> uses;
+    std::vector<long long> sizes;
+    CurrentUse(uses, sizes);
+    return sizes;
 }
 
 std::string VolumeUseText(const VolumeUsage& u) {

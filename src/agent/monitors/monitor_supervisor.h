@@ -66,6 +66,8 @@ public:
     // kSizeMissing for a file that cannot be read, kSizeNoAnswer for one
     // whose file system did not answer within kProbeAnswerTime.
     std::vector<long long> BackupSizes() const;
+    // Both at once, within one kProbeAnswerTime.
+    void CurrentUse(std::vector<VolumeUsage>& uses, std::vector<long long>& sizes) const;
 
 private:
     // Stops every monitor; m_mutex is held.

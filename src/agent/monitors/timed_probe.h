@@ -22,7 +22,6 @@
 #include <string>
 #include <system_error>
 #include <thread>
-#include <vector>
 
 namespace nvmonit {
 
@@ -80,20 +79,6 @@ public:
                          std::chrono::milliseconds timeout) {
         Start(key, std::move(fn));
         return Wait(key, Clock::now() + timeout);
-    }
-
-    // Run for several keys at once, with one deadline for all; fnOf(key)
-    // gives the call for a key.
-    template <class F>
-    std::vector<std::optional<T>> RunAll(const std::vector<std::string>& keys, F fnOf,
-                                         std::chrono::milliseconds timeout) {
-        for (const std::string& k : keys)
-            Start(k, fnOf(k));
-        Clock::time_point deadline = Clock::now() + timeout;
-        std::vector<std::optional<T>> out;
-        for (const std::string& k : keys)
-            out.push_back(Wait(k, deadline));
-        return out;
     }
 
 private:

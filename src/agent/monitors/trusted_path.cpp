@@ -60,12 +60,16 @@ std::string DirProblem(int fd, const std::string& shown, bool holdsEntries) {
     return "";
 }
 
-std::string OpenProblem(const std::string& shown) {
-    if (errno == ELOOP)
+// Why opening name in dirFd (shown as `shown`) as a directory failed.
+std::string OpenProblem(int dirFd, const char* name, const std::string& shown) {
+    int err = errno;
+    struct stat st {};
+    if (err == ELOOP || (err == ENOTDIR && fstatat(dirFd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 &&
+                         S_ISLNK(st.st_mode)))
         return shown + " is a symbolic link";
-    if (errno == ENOTDIR)
+    if (err == ENOTDIR)
         return shown + " is not a directory";
-    return shown + ": " + strerror(errno);
+    return shown + ": " + strerror(err);
 }
 
 // Walks parts[0..n) from "/". Stops at the first missing part when !create
@@ -75,7 +79,7 @@ Fd Walk(const std::vector<std::string>& parts, size_t n, bool create, bool lastH
     missing = false;
     Fd fd(open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!fd.Ok()) {
-        why = OpenProblem("/");
+        why = "/: " + std::string(strerror(errno));
         return Fd();
     }
     for (size_t i = 0;; ++i) {
@@ -95,7 +99,7 @@ Fd Walk(const std::vector<std::string>& parts, size_t n, bool create, bool lastH
                 missing = true;
                 return fd;
             }
-            why = OpenProblem(Join(parts, i + 1));
+            why = OpenProblem(fd.Get(), name, Join(parts, i + 1));
             return Fd();
         }
         fd = std::move(next);
