@@ -98,9 +98,9 @@ std::string PartialName(const std::string& name) {
     return "." + name + ".partial-" + tag;
 }
 
-// A copy's name: <name>.<8 digits>-<6 digits>[-N]; its order key.
-bool CopyOrder(const std::string& entry, const std::string& name,
-               std::pair<std::string, long>& key) {
+// Whether entry is named like a copy of name: <name>.<8 digits>-<6
+// digits>[-N].
+bool IsCopyName(const std::string& entry, const std::string& name) {
     std::string prefix = name + ".";
     if (entry.compare(0, prefix.size(), prefix) != 0)
         return false;
@@ -111,17 +111,14 @@ bool CopyOrder(const std::string& entry, const std::string& name,
         if (i != 8 && (rest[i] < '0' || rest[i] > '9'))
             return false;
     }
-    long n = 0;
     if (rest.size() > 15) {
         if (rest[15] != '-' || rest.size() == 16 || rest.size() > 25)
             return false;
         for (size_t i = 16; i < rest.size(); ++i) {
             if (rest[i] < '0' || rest[i] > '9')
                 return false;
-            n = n * 10 + (rest[i] - '0');
         }
     }
-    key = {rest.substr(0, 15), n};
     return true;
 }
 
@@ -138,14 +135,14 @@ void PruneCopies(int dirFd, const std::string& name, size_t keep) {
     }
     // The duplicate shares the directory's read position: start over.
     rewinddir(d);
-    std::vector<std::pair<std::pair<std::string, long>, std::string>> copies;
+    // By age: modification time, then name.
+    std::vector<std::pair<std::pair<long long, long long>, std::string>> copies;
     std::vector<std::string> partials;
     std::string partialPrefix = "." + name + ".partial-";
     while (struct dirent* e = readdir(d)) {
         std::string entry = e->d_name;
-        std::pair<std::string, long> key;
         bool partial = entry.compare(0, partialPrefix.size(), partialPrefix) == 0;
-        if (!partial && !CopyOrder(entry, name, key))
+        if (!partial && !IsCopyName(entry, name))
             continue;
         struct stat st {};
         if (fstatat(dirFd, entry.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(st.st_mode) ||
@@ -155,7 +152,9 @@ void PruneCopies(int dirFd, const std::string& name, size_t keep) {
         if (partial)
             partials.push_back(entry);
         else
-            copies.push_back({key, entry});
+            copies.push_back({{static_cast<long long>(st.st_mtim.tv_sec),
+                               static_cast<long long>(st.st_mtim.tv_nsec)},
+                              entry});
     }
     closedir(d);
     for (const std::string& p : partials)

@@ -13,7 +13,8 @@
 // or /dev or on a kernel file system; holes of a sparse file stay holes in
 // the copy; a copy needing more room than the backup directory's file
 // system has free is not started; at most kBackupCopiesKept copies of a
-// file are kept (the oldest of the files named like its copies go first);
+// file are kept (of the agent's files named like its copies, the oldest by
+// modification time go first);
 // after a failed attempt the file is tried again after 2, 4, 8... sampling
 // intervals, at most kBackupMaxBackoffIntervals, and the first success says
 // how many attempts failed.
