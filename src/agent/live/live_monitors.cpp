@@ -2,6 +2,8 @@
 // supervisor, and the display lines completed with what is measured now.
 #include "agent/live/live_monitors.h"
 
+#include <algorithm>
+
 #include "agent/display_lines.h"
 #include "agent/monitors/conf_settings.h"
 #include "agent/monitors/trusted_path.h"
@@ -40,9 +42,11 @@ std::string PathProblem(const Request& req, const std::string& dataDir) {
     }
     std::string data = nvmonit::NormalPath(dataDir);
     std::string dataResolved = nvmonit::ResolvedPath(dataDir);
+    nvmonit::PathResolver resolver;
     for (const auto& [what, path] : paths) {
-        if (nvmonit::IsAtOrUnder(path, data) ||
-            nvmonit::IsAtOrUnder(nvmonit::ResolvedPath(path), dataResolved)) {
+        std::string normal = nvmonit::NormalPath(path);
+        if (nvmonit::IsAtOrUnderNormal(normal, data) ||
+            nvmonit::IsAtOrUnderNormal(resolver.Resolve(normal), dataResolved)) {
             return what + " " + path + " lies in the agent's data directory " + data +
                    " (its settings and reports).";
         }
@@ -85,8 +89,11 @@ bool LiveMonitors::PathsRefused(const Request& req, CmdResult& r) {
         },
         req);
     std::string dataDir = m_dataDir;
+    // A long list takes longer: a few microseconds an entry, allowed 20.
+    size_t entries = static_cast<size_t>(std::count(key.begin(), key.end(), '\n'));
+    auto timeout = 2 * nvmonit::kProbeAnswerTime + std::chrono::milliseconds(entries / 50);
     std::optional<std::string> why = m_pathChecks.Run(
-        key, [req, dataDir] { return PathProblem(req, dataDir); }, 2 * nvmonit::kProbeAnswerTime);
+        key, [req, dataDir] { return PathProblem(req, dataDir); }, timeout);
     if (!why) {
         r = Invalid("The paths could not be checked: their file system does not answer.");
         return true;

@@ -241,12 +241,27 @@ std::string ResolvedPath(const std::string& path) {
     }
 }
 
+std::string PathResolver::Resolve(const std::string& p) {
+    size_t slash = p.find_last_of('/');
+    struct stat st {};
+    if (p == "/" || (lstat(p.c_str(), &st) == 0 && S_ISLNK(st.st_mode)))
+        return ResolvedPath(p);
+    std::string dir = slash == 0 ? "/" : p.substr(0, slash);
+    auto it = m_dirs.find(dir);
+    if (it == m_dirs.end())
+        it = m_dirs.emplace(dir, ResolvedPath(dir)).first;
+    return it->second == "/" ? p.substr(slash) : it->second + p.substr(slash);
+}
+
 bool IsAtOrUnder(const std::string& path, const std::string& dir) {
-    std::string p = NormalPath(path);
-    std::string d = NormalPath(dir);
+    return IsAtOrUnderNormal(NormalPath(path), NormalPath(dir));
+}
+
+bool IsAtOrUnderNormal(const std::string& p, const std::string& d) {
     if (d == "/")
         return true;
-    return p == d || (p.size() > d.size() && p.compare(0, d.size(), d) == 0 && p[d.size()] == '/');
+    return p.size() >= d.size() && p.compare(0, d.size(), d) == 0 &&
+           (p.size() == d.size() || p[d.size()] == '/');
 }
 
 }  // namespace nvmonit

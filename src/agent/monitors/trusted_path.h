@@ -11,9 +11,14 @@
 // or remove what root made in it; the directory that holds the file or the
 // copies must never be writable by others. Paths under /proc, /sys and /dev
 // and files on the kernel's own file systems are never backed up.
+//
+// The walk is made with openat and O_NOFOLLOW rather than openat2's
+// RESOLVE_NO_SYMLINKS: the rule needs each directory's owner and mode
+// anyway, and it works on every kernel.
 #ifndef NV_AGENT_MONITORS_TRUSTED_PATH_H
 #define NV_AGENT_MONITORS_TRUSTED_PATH_H
 
+#include <map>
 #include <string>
 
 namespace nvmonit {
@@ -62,8 +67,21 @@ std::string NormalPath(const std::string& path);
 // The path the kernel reaches: symbolic links of the part that exists
 // resolved, the rest appended as written.
 std::string ResolvedPath(const std::string& path);
+// ResolvedPath for many paths: each directory resolved once, so that a
+// long list sharing directories costs one lstat per entry.
+class PathResolver {
+public:
+    // path already normalized (NormalPath).
+    std::string Resolve(const std::string& path);
+
+private:
+    std::map<std::string, std::string> m_dirs;
+};
+
 // Whether path is dir or lies below it (both normalized).
 bool IsAtOrUnder(const std::string& path, const std::string& dir);
+// The same for paths already normalized.
+bool IsAtOrUnderNormal(const std::string& path, const std::string& dir);
 
 }  // namespace nvmonit
 
