@@ -67,8 +67,8 @@ std::string PathProblem(const Request& req, const std::string& dataDir) {
 }  // namespace
 
 bool LiveMonitors::PathsRefused(const Request& req, CmdResult& r) {
-    if (!std::holds_alternative<ListRequest>(req) &&
-        !std::holds_alternative<VolumeAddRequest>(req) &&
+    const ListRequest* list = std::get_if<ListRequest>(&req);
+    if (!(list != nullptr && list->cmd == 13) && !std::holds_alternative<VolumeAddRequest>(req) &&
         !std::holds_alternative<BackupAddRequest>(req)) {
         return false;
     }

@@ -40,38 +40,41 @@ public:
     void Start(const std::string& key, std::function<T()> fn) {
         std::shared_ptr<State> state = m_state;
         std::lock_guard<std::mutex> lock(state->mutex);
-        Slot& slot = state->slots[key];
-        if (slot.bRunning)
+        std::shared_ptr<Slot>& slot = state->slots[key];
+        if (slot && slot->bRunning)
             return;
-        slot.bRunning = true;
-        slot.bAnswered = false;
+        slot = std::make_shared<Slot>();
+        slot->bRunning = true;
         try {
-            std::thread([state, key, fn] {
+            std::thread([state, slot, fn] {
                 T value = fn();
                 std::lock_guard<std::mutex> done(state->mutex);
-                Slot& s = state->slots[key];
-                s.value = std::move(value);
-                s.bAnswered = true;
-                s.bRunning = false;
+                slot->value = std::move(value);
+                slot->bAnswered = true;
+                slot->bRunning = false;
                 state->answered.notify_all();
             }).detach();
         } catch (const std::system_error&) {
-            slot.bRunning = false;  // no thread to be had: no answer this time
+            slot->bRunning = false;  // no thread to be had: no answer this time
         }
     }
 
     // The answer of the call for key, waited for until deadline; nullopt
-    // when it has not answered by then (or none was started).
+    // when it has not answered by then (or none was started). An answer
+    // taken is forgotten: only calls still running are remembered.
     std::optional<T> Wait(const std::string& key, Clock::time_point deadline) {
         std::unique_lock<std::mutex> lock(m_state->mutex);
         auto it = m_state->slots.find(key);
         if (it == m_state->slots.end())
             return std::nullopt;
-        Slot& slot = it->second;
-        m_state->answered.wait_until(lock, deadline, [&slot] { return !slot.bRunning; });
-        if (slot.bRunning || !slot.bAnswered)
+        std::shared_ptr<Slot> slot = it->second;
+        m_state->answered.wait_until(lock, deadline, [&slot] { return !slot->bRunning; });
+        if (slot->bRunning || !slot->bAnswered)
             return std::nullopt;
-        return slot.value;
+        it = m_state->slots.find(key);
+        if (it != m_state->slots.end() && it->second == slot)
+            m_state->slots.erase(it);
+        return slot->value;
     }
 
     // Start and Wait for one key.
@@ -91,7 +94,7 @@ private:
     struct State {
         std::mutex mutex;
         std::condition_variable answered;
-        std::map<std::string, Slot> slots;
+        std::map<std::string, std::shared_ptr<Slot>> slots;
     };
     std::shared_ptr<State> m_state;
 };
