@@ -90,6 +90,42 @@ bool CopySparse(int in, int out, long long& from, long long end) {
     return true;
 }
 
+// Copies what in holds past `copied` to out, again until a look finds
+// nothing new (bounded, for a writer faster than the copy); st is in's
+// last status.
+bool CatchUp(int in, int out, long long& copied, struct stat& st) {
+    for (int round = 0; round < 100; ++round) {
+        if (fstat(in, &st) != 0)
+            return false;
+        if (st.st_size <= copied)
+            return true;
+        if (!CopySparse(in, out, copied, st.st_size))
+            return false;
+    }
+    return true;
+}
+
+// Gives the hidden copy its name, base or base-N, never over an existing
+// entry: renameat2 with RENAME_NOREPLACE, or a hard link where the file
+// system lacks it. target is the name taken.
+bool NameCopy(int dirFd, const std::string& partial, const std::string& base, std::string& target) {
+    for (int i = 0; i < 1000; ++i) {
+        target = i == 0 ? base : base + "-" + std::to_string(i);
+        int rc = renameat2(dirFd, partial.c_str(), dirFd, target.c_str(), RENAME_NOREPLACE);
+        if (rc != 0 && errno == EINVAL) {
+            rc = linkat(dirFd, partial.c_str(), dirFd, target.c_str(), 0);
+            if (rc == 0)
+                unlinkat(dirFd, partial.c_str(), 0);
+        }
+        if (rc == 0)
+            return true;
+        if (errno != EEXIST)
+            break;
+    }
+    target.clear();
+    return false;
+}
+
 // A hidden name for the copy being written.
 std::string PartialName(const std::string& name) {
     static std::mt19937_64 gen{std::random_device{}()};
@@ -212,19 +248,19 @@ BackupResult BackUpAndEmpty(const std::string& file, const std::string& dirGiven
         return r;
     }
     std::string why;
-    Fd out_dir = OpenTrustedDir(dir, true, why);
-    if (!out_dir.Ok()) {
+    Fd outDir = OpenTrustedDir(dir, true, why);
+    if (!outDir.Ok()) {
         r.sError = why.rfind("cannot create", 0) == 0 ? why : "cannot use " + dir + ": " + why;
         return r;
     }
-    if (OnKernelFs(out_dir.Get())) {
+    if (OnKernelFs(outDir.Get())) {
         r.sError = dir + " is on a kernel file system";
         return r;
     }
-    PruneCopies(out_dir.Get(), name, kBackupCopiesKept);
+    PruneCopies(outDir.Get(), name, kBackupCopiesKept);
     struct statvfs vs {};
     long long need = static_cast<long long>(st.st_blocks) * 512;
-    if (fstatvfs(out_dir.Get(), &vs) == 0) {
+    if (fstatvfs(outDir.Get(), &vs) == 0) {
         long long room = static_cast<long long>(vs.f_bavail) *
                          static_cast<long long>(vs.f_frsize ? vs.f_frsize : vs.f_bsize);
         if (room < need) {
@@ -237,7 +273,7 @@ BackupResult BackUpAndEmpty(const std::string& file, const std::string& dirGiven
     Fd out;
     for (int i = 0; i < 100 && !out.Ok(); ++i) {
         partial = PartialName(name);
-        out = Fd(openat(out_dir.Get(), partial.c_str(),
+        out = Fd(openat(outDir.Get(), partial.c_str(),
                         O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (!out.Ok() && errno != EEXIST)
             break;
@@ -247,45 +283,27 @@ BackupResult BackUpAndEmpty(const std::string& file, const std::string& dirGiven
         return r;
     }
     long long copied = 0;
-    bool ok = CopySparse(in.Get(), out.Get(), copied, st.st_size);
-    // Catch up with what the writer appended during the copy, until a check
-    // finds nothing new (bounded, for a writer faster than the copy).
-    for (int round = 0; ok && round < 100; ++round) {
-        if (fstat(in.Get(), &st) != 0 || st.st_size <= copied)
-            break;
-        ok = CopySparse(in.Get(), out.Get(), copied, st.st_size);
-    }
-    // A trailing hole: the copy gets the same length.
-    ok = ok && ftruncate(out.Get(), copied) == 0 && fsync(out.Get()) == 0 &&
-         fchmod(out.Get(), st.st_mode & 0777) == 0;
-    if (ok && ftruncate(in.Get(), 0) != 0)
-        ok = false;
-    if (!ok) {
-        r.sError = Errno("copy failed");
-        unlinkat(out_dir.Get(), partial.c_str(), 0);
+    bool ok = CatchUp(in.Get(), out.Get(), copied, st) && fchmod(out.Get(), st.st_mode & 0777) == 0;
+    std::string target;
+    if (ok && !NameCopy(outDir.Get(), partial, name + "." + FileTimeTag(), target)) {
+        r.sError = Errno("the copy could not be named");
+        unlinkat(outDir.Get(), partial.c_str(), 0);
         return r;
     }
-    out = Fd();
-    std::string base = name + "." + FileTimeTag();
-    std::string target = base;
-    int rc = -1;
-    for (int i = 1; i < 1000; ++i) {
-        // A new name only: never over an existing entry.
-        rc = renameat2(out_dir.Get(), partial.c_str(), out_dir.Get(), target.c_str(),
-                       RENAME_NOREPLACE);
-        if (rc == 0 || errno != EEXIST)
-            break;
-        target = base + "-" + std::to_string(i);
+    // What was appended while the copy was named goes into it too; the
+    // copy gets the file's length (a trailing hole) and is on the disk
+    // before the file is emptied.
+    ok = ok && CatchUp(in.Get(), out.Get(), copied, st) && ftruncate(out.Get(), copied) == 0 &&
+         fsync(out.Get()) == 0 && ftruncate(in.Get(), 0) == 0;
+    if (!ok) {
+        r.sError = Errno("copy failed");
+        unlinkat(outDir.Get(), (target.empty() ? partial : target).c_str(), 0);
+        return r;
     }
     r.bDone = true;
     r.llCopiedBytes = copied;
-    if (rc != 0) {
-        r.sError = Errno("the copy could not be renamed");
-        r.sBackupPath = dir + "/" + partial;  // the data is safe under the partial name
-        return r;
-    }
     r.sBackupPath = (dir == "/" ? "" : dir) + "/" + target;
-    PruneCopies(out_dir.Get(), name, kBackupCopiesKept);
+    PruneCopies(outDir.Get(), name, kBackupCopiesKept);
     return r;
 }
 
