@@ -5,8 +5,9 @@
 // that user (as uid 65534) never leads the agent's writes or truncation
 // elsewhere, the agent's data directory is refused in every list of paths,
 // sparse files stay sparse, kernel and special files are refused, a full
-// disk is retried with a growing wait, at most 64 copies are kept, and a
-// hung mount does not hold the check.
+// disk is retried with a growing wait, at most 64 copies are kept, a report
+// folder swapped for a link is not written through, and a hung mount does
+// not hold the check.
 #include <dirent.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -435,6 +436,24 @@ TEST_F(LiveBackup, HungMountDoesNotHoldTheCheck) {
         return line.size() >= want.size() &&
                line.compare(line.size() - want.size(), want.size(), want) == 0;
     }));
+}
+
+TEST_F(LiveBackup, ReportFolderSwappedForALinkIsNeverWrittenThrough) {
+    std::string data = agent.DataDir();
+    std::string missing = files.File("no-such-volume");
+    ASSERT_EQ(Send(23, missing + " 0 0 0"), em_ActSuccAll);
+    // The administrator hands the data directory to another user.
+    ASSERT_EQ(chmod(data.substr(0, data.rfind('/')).c_str(), 0755), 0);
+    ASSERT_EQ(chown(data.c_str(), kNobody, kNobody), 0);
+    ASSERT_TRUE(AsNobody([&] {
+        bool moved = rename((data + "/monit").c_str(), (data + "/monit.old").c_str()) == 0 ||
+                     errno == ENOENT;
+        return moved && symlink(files.File("secret").c_str(), (data + "/monit").c_str()) == 0;
+    }));
+    ASSERT_EQ(Send(26, "1"), em_ActSuccAll);
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    EXPECT_EQ(Send(26, "0"), em_ActSuccAll);
+    ExpectSecretUntouched();
 }
 
 }  // namespace
