@@ -164,13 +164,74 @@ TEST(BackupMonitorLive, BackupThatCannotBeWrittenLeavesTheFileAndIsReportedOnce)
     sup.Apply(s);
     std::string report = dir.File("monit/backupmonit.txt");
     ASSERT_TRUE(nvtest::WaitForLines(
-        report, f + ": backup to " + dir.File("notadir/bak") + " failed: cannot create", 1, 5000));
+        report, f + ": backup to " + dir.File("notadir/bak") + " failed: cannot use", 1, 5000));
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     EXPECT_EQ(nvtest::ReportLines(report).size(), 1u);
     EXPECT_EQ(nvmonit::FileSizeBytes(f), 3000);
     std::vector<long long> sizes = sup.BackupSizes();
     ASSERT_EQ(sizes.size(), 1u);
     EXPECT_EQ(sizes[0], 3000);
+}
+
+TEST(BackupMonitorLive, CopiesKeepHolesAndAtMost64AreKept) {
+    nvtest::TempDir dir;
+    std::string f = dir.File("sparse.log");
+    std::string bak = dir.File("bak");
+    for (int i = 0; i < 66; ++i) {
+        ASSERT_TRUE(nvtest::WriteFile(f, "data " + std::to_string(i) + "\n"));
+        ASSERT_EQ(truncate(f.c_str(), 64LL << 20), 0);
+        nvmonit::BackupResult r = nvmonit::BackUpAndEmpty(f, bak);
+        ASSERT_TRUE(r.bDone) << r.sError;
+        ASSERT_EQ(r.llCopiedBytes, 64LL << 20);
+        struct stat st {};
+        ASSERT_EQ(stat(r.sBackupPath.c_str(), &st), 0);
+        EXPECT_EQ(st.st_size, 64LL << 20);
+        EXPECT_LE(st.st_blocks * 512, 256 * 1024) << r.sBackupPath;
+    }
+    std::vector<std::string> copies = FilesIn(bak);
+    EXPECT_EQ(copies.size(), nvmonit::kBackupCopiesKept);
+    // The two oldest went.
+    std::string all;
+    for (const std::string& c : copies) {
+        char head[8] = {};
+        int fd = open(c.c_str(), O_RDONLY);
+        ASSERT_EQ(pread(fd, head, sizeof head, 0), static_cast<ssize_t>(sizeof head));
+        close(fd);
+        all += std::string(head, sizeof head) + ",";
+    }
+    EXPECT_EQ(all.find("data 0\n"), std::string::npos);
+    EXPECT_EQ(all.find("data 1\n"), std::string::npos);
+    EXPECT_NE(all.find("data 65\n"), std::string::npos);
+}
+
+TEST(BackupMonitorLive, LinkOrDirectoryOthersCanWriteIsNeverUsed) {
+    nvtest::TempDir dir;
+    ASSERT_EQ(mkdir(dir.File("real").c_str(), 0700), 0);
+    ASSERT_EQ(symlink(dir.File("real").c_str(), dir.File("link").c_str()), 0);
+    std::string f = dir.File("app.log");
+    ASSERT_TRUE(nvtest::WriteFile(f, "content"));
+    nvmonit::BackupResult r = nvmonit::BackUpAndEmpty(f, dir.File("link/bak"));
+    EXPECT_FALSE(r.bDone);
+    EXPECT_NE(r.sError.find(dir.File("link") + " is a symbolic link"), std::string::npos)
+        << r.sError;
+    r = nvmonit::BackUpAndEmpty(dir.File("link/app.log"), dir.File("bak"));
+    EXPECT_FALSE(r.bDone);
+    ASSERT_EQ(mkdir(dir.File("open").c_str(), 0700), 0);
+    ASSERT_EQ(chmod(dir.File("open").c_str(), 0777), 0);
+    r = nvmonit::BackUpAndEmpty(f, dir.File("open"));
+    EXPECT_FALSE(r.bDone);
+    EXPECT_NE(r.sError.find("can be written by other users"), std::string::npos) << r.sError;
+    EXPECT_TRUE(FilesIn(dir.File("real")).empty());
+    EXPECT_TRUE(FilesIn(dir.File("open")).empty());
+    EXPECT_EQ(nvtest::ReadFile(f), "content");
+}
+
+TEST(BackupMonitorLive, WaitAfterFailuresDoublesUpToItsBound) {
+    EXPECT_EQ(nvmonit::BackoffDelayMs(100, 1), 200);
+    EXPECT_EQ(nvmonit::BackoffDelayMs(100, 2), 400);
+    EXPECT_EQ(nvmonit::BackoffDelayMs(100, 6), 6400);
+    EXPECT_EQ(nvmonit::BackoffDelayMs(100, 7), 6400);
+    EXPECT_EQ(nvmonit::BackoffDelayMs(10000, 1000), 640000);
 }
 
 }  // namespace

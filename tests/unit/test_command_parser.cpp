@@ -259,4 +259,16 @@ TEST(SimListLines, FollowEveryChange) {
     EXPECT_NE(lines, after);
 }
 
+TEST(CommandParser, BackupPathsUnderKernelDirectoriesOrWithDotPartsAreRefused) {
+    const int kInvalid = em_ActPostValueNotValid;
+    ExpectRefused(28, "/sys/kernel/uevent_seqnum /var/bak 1", kInvalid, "/proc, /sys or /dev");
+    ExpectRefused(28, "//proc/self/status /var/bak 1", kInvalid, "/proc, /sys or /dev");
+    ExpectRefused(28, "/var/log/app.log /dev/shm 1", kInvalid, "/proc, /sys or /dev");
+    ExpectRefused(28, "/var/../sys/x /var/bak 1", kInvalid, "\"..\"");
+    ExpectRefused(28, "/var/log/app.log /var/./bak 1", kInvalid, "\".\"");
+    Request req;
+    CmdResult r;
+    EXPECT_TRUE(ParseCommand(28, "/var/log/system/app.log /var/devices 1", req, r)) << r.sDetail;
+}
+
 }  // namespace

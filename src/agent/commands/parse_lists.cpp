@@ -66,6 +66,31 @@ bool FormPath(const std::string& tok, const char* what, CmdResult& r) {
     return false;
 }
 
+// A backup path must name one place plainly and must not reach the
+// kernel's files: no "." or ".." parts, nothing under /proc, /sys or /dev.
+bool FormBackupPath(const std::string& tok, const char* what, CmdResult& r) {
+    if (!FormPath(tok, what, r))
+        return false;
+    std::string first;
+    size_t at = 0;
+    while (at < tok.size()) {
+        size_t slash = tok.find('/', at);
+        std::string part = tok.substr(at, slash == std::string::npos ? slash : slash - at);
+        at = slash == std::string::npos ? tok.size() : slash + 1;
+        if (part == "." || part == "..") {
+            r = Invalid(std::string(what) + " must not contain \".\" or \"..\" parts.");
+            return false;
+        }
+        if (first.empty())
+            first = part;
+    }
+    if (first == "proc" || first == "sys" || first == "dev") {
+        r = Invalid(std::string(what) + " must not lie under /proc, /sys or /dev.");
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool ParseFileList(short cmd, const std::string& p, Request& req, CmdResult& r) {
@@ -113,7 +138,8 @@ bool ParseBackupAdd(short, const std::string& p, Request& req, CmdResult& r) {
     if (!FormTokens(p, 3, tok, r))
         return false;
     BackupAddRequest b{tok[0], tok[1], 0};
-    if (!FormPath(tok[0], "The file", r) || !FormPath(tok[1], "The backup directory", r) ||
+    if (!FormBackupPath(tok[0], "The file", r) ||
+        !FormBackupPath(tok[1], "The backup directory", r) ||
         !FormNumber(tok[2], "The backup size", 1, b.kilobytes, r)) {
         return false;
     }

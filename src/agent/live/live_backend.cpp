@@ -154,6 +154,9 @@ private:
     // The agent's own settings: changed on a copy, saved, then kept; a
     // monitor's change reaches the running monitors at once.
     CmdResult ApplyOwn(short cmd, const Request& req) {
+        CmdResult refused;
+        if (m_monitors.PathsRefused(req, refused))
+            return refused;
         cConf_Inf next = m_settings;
         nvmonit::MemoryFigures mem;
         nvmonit::ReadMemory("/proc", mem);

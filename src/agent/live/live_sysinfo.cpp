@@ -9,6 +9,8 @@
 #include <cstring>
 #include <sstream>
 
+#include "agent/monitors/timed_probe.h"
+
 namespace nvagent {
 
 std::string CurrentHostName() {
@@ -78,8 +80,20 @@ int Mb(unsigned long long blocks, unsigned long long size) {
 
 }  // namespace
 
+namespace {
+
+// statvfs's answer, or none.
+struct VfsAnswer {
+    bool bOk = false;
+    struct statvfs vfs {};
+};
+
+}  // namespace
+
 std::vector<cDiskInfo> ReadDiskInfo() {
     std::vector<cDiskInfo> out;
+    std::vector<std::string> dirs;
+    std::vector<std::pair<std::string, std::string>> sources;  // device, type
     FILE* f = setmntent("/proc/self/mounts", "re");
     if (f == nullptr)
         return out;
@@ -88,13 +102,30 @@ std::vector<cDiskInfo> ReadDiskInfo() {
     while (getmntent_r(f, &ent, buf, sizeof buf) != nullptr) {
         if (IsVirtualFs(ent.mnt_type))
             continue;
-        struct statvfs vfs {};
-        if (statvfs(ent.mnt_dir, &vfs) != 0 || vfs.f_blocks == 0)
+        dirs.push_back(ent.mnt_dir);
+        sources.push_back({ent.mnt_fsname, ent.mnt_type});
+    }
+    endmntent(f);
+    // A hung network or FUSE mount does not answer: it is left out rather
+    // than holding the check.
+    static nvmonit::TimedProbes<VfsAnswer> probes;
+    for (const std::string& dir : dirs) {
+        probes.Start(dir, [dir] {
+            VfsAnswer a;
+            a.bOk = statvfs(dir.c_str(), &a.vfs) == 0;
+            return a;
+        });
+    }
+    auto deadline = std::chrono::steady_clock::now() + nvmonit::kProbeAnswerTime;
+    for (size_t i = 0; i < dirs.size(); ++i) {
+        std::optional<VfsAnswer> answer = probes.Wait(dirs[i], deadline);
+        if (!answer || !answer->bOk || answer->vfs.f_blocks == 0)
             continue;
+        const struct statvfs& vfs = answer->vfs;
         cDiskInfo d{};
-        CopyText(d.szPart, ent.mnt_fsname);
-        CopyText(d.szFS, ent.mnt_type);
-        CopyText(d.szMountOn, ent.mnt_dir);
+        CopyText(d.szPart, sources[i].first.c_str());
+        CopyText(d.szFS, sources[i].second.c_str());
+        CopyText(d.szMountOn, dirs[i].c_str());
         d.iSizeTotal = Mb(vfs.f_blocks, vfs.f_frsize);
         d.iUsed = Mb(vfs.f_blocks - vfs.f_bfree, vfs.f_frsize);
         d.iAvailable = Mb(vfs.f_bavail, vfs.f_frsize);
@@ -107,7 +138,6 @@ std::vector<cDiskInfo> ReadDiskInfo() {
         }
         out.push_back(d);
     }
-    endmntent(f);
     return out;
 }
 

@@ -31,7 +31,11 @@ void DiskVolumeMonitor::Tick(const MonitorSettings& s, bool changed) {
 
 void DiskVolumeMonitor::Sample(State& st) {
     const VolumeEntry& e = st.entry;
-    VolumeUsage u = MeasureVolume(e.sPartition);
+    std::string part = e.sPartition;
+    VolumeUsage u = m_probes
+                        .Run(
+                            part, [part] { return MeasureVolume(part); }, kProbeAnswerTime)
+                        .value_or(NoAnswer());
     if (!u.bOk) {
         if (!st.bFailed)
             m_report.Write(e.sPartition + ": cannot be measured: " + u.sError);

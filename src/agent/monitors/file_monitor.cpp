@@ -1,6 +1,8 @@
 // inotify watches, kept in step with the listed paths, and their events.
 #include "agent/monitors/file_monitor.h"
 
+#include "agent/monitors/trusted_path.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -60,9 +62,10 @@ bool FileMonitor::Start() {
         return true;
     // The reports' folder, known by device and inode however a listed path
     // spells it.
-    MakeDirs(m_monitDir);
+    std::string why;
+    Fd monitDir = OpenTrustedDir(m_monitDir, true, why);
     struct stat st {};
-    if (stat(m_monitDir.c_str(), &st) == 0) {
+    if (monitDir.Ok() && fstat(monitDir.Get(), &st) == 0) {
         m_monitDev = st.st_dev;
         m_monitIno = st.st_ino;
     }

@@ -128,30 +128,45 @@ RunningMonitors MonitorSupervisor::Running() const {
     return r;
 }
 
-std::vector<VolumeUsage> MonitorSupervisor::VolumeUses() const {
-    std::vector<VolumeEntry> v;
+void MonitorSupervisor::CurrentUse(std::vector<VolumeUsage>& uses,
+                                   std::vector<long long>& sizes) const {
+    std::vector<std::string> parts;
+    std::vector<std::string> files;
     std::string procDir;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        v = m_settings.vVolumes;
+        for (const VolumeEntry& e : m_settings.vVolumes)
+            parts.push_back(e.sPartition);
+        for (const BackupEntry& e : m_settings.vBackups)
+            files.push_back(e.sFile);
         procDir = m_settings.sProcDir;
     }
-    std::vector<VolumeUsage> out;
-    for (const VolumeEntry& e : v)
-        out.push_back(MeasureVolume(e.sPartition, procDir));
-    return out;
+    // Every call started first, then all waited for until one deadline.
+    for (const std::string& p : parts)
+        m_volumeProbes.Start(p, [p, procDir] { return MeasureVolume(p, procDir); });
+    for (const std::string& f : files)
+        m_sizeProbes.Start(f, [f] { return FileSizeBytes(f); });
+    auto deadline = std::chrono::steady_clock::now() + kProbeAnswerTime;
+    uses.clear();
+    for (const std::string& p : parts)
+        uses.push_back(m_volumeProbes.Wait(p, deadline).value_or(NoAnswer()));
+    sizes.clear();
+    for (const std::string& f : files)
+        sizes.push_back(m_sizeProbes.Wait(f, deadline).value_or(kSizeNoAnswer));
+}
+
+std::vector<VolumeUsage> MonitorSupervisor::VolumeUses() const {
+    std::vector<VolumeUsage> uses;
+    std::vector<long long> sizes;
+    CurrentUse(uses, sizes);
+    return uses;
 }
 
 std::vector<long long> MonitorSupervisor::BackupSizes() const {
-    std::vector<BackupEntry> v;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        v = m_settings.vBackups;
-    }
-    std::vector<long long> out;
-    for (const BackupEntry& e : v)
-        out.push_back(FileSizeBytes(e.sFile));
-    return out;
+    std::vector<VolumeUsage> uses;
+    std::vector<long long> sizes;
+    CurrentUse(uses, sizes);
+    return sizes;
 }
 
 std::string VolumeUseText(const VolumeUsage& u) {
@@ -161,6 +176,8 @@ std::string VolumeUseText(const VolumeUsage& u) {
 }
 
 std::string BackupSizeText(long long bytes) {
+    if (bytes == kSizeNoAnswer)
+        return " not measurable: " + NoAnswer().sError;
     if (bytes < 0)
         return " missing";
     return " size " + std::to_string(bytes / 1024) + " KB";

@@ -31,6 +31,7 @@
 
 #include "agent/monitors/monitor_settings.h"
 #include "agent/monitors/monitor_thread.h"
+#include "agent/monitors/timed_probe.h"
 #include "agent/monitors/volume_usage.h"
 
 namespace nvmonit {
@@ -66,11 +67,15 @@ public:
     RunningMonitors Running() const;
 
     // The current use of each listed volume, in list order, measured now
-    // (also while the monitor is off).
+    // (also while the monitor is off); a volume whose file system does not
+    // answer within kProbeAnswerTime says so (NoAnswer()).
     std::vector<VolumeUsage> VolumeUses() const;
     // The current size in bytes of each listed backup file, in list order;
-    // -1 for a file that cannot be read.
+    // kSizeMissing for a file that cannot be read, kSizeNoAnswer for one
+    // whose file system did not answer within kProbeAnswerTime.
     std::vector<long long> BackupSizes() const;
+    // Both at once, within one kProbeAnswerTime.
+    void CurrentUse(std::vector<VolumeUsage>& uses, std::vector<long long>& sizes) const;
 
 private:
     // Asks m to stop when off, moving it to m_stopping; m_mutex is held.
@@ -89,11 +94,13 @@ private:
     std::unique_ptr<MemoryMonitor> m_memory;
     std::unique_ptr<DiskVolumeMonitor> m_volume;
     std::unique_ptr<BackupMonitor> m_backup;
+    mutable TimedProbes<VolumeUsage> m_volumeProbes;
+    mutable TimedProbes<long long> m_sizeProbes;
 };
 
 // The text the volume and backup display lines append to show the current
 // state: " used 812 MB of 9870 MB" (or " not measurable: <why>"), and
-// " size 123 KB" (or " missing").
+// " size 123 KB" (or " missing", or " not measurable: no answer").
 std::string VolumeUseText(const VolumeUsage& u);
 std::string BackupSizeText(long long bytes);
 

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <ctime>
 
+#include "agent/monitors/trusted_path.h"
+
 namespace nvmonit {
 
 std::string TimeStamp() {
@@ -18,16 +20,6 @@ std::string TimeStamp() {
     char buf[32];
     strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &tmv);
     return buf;
-}
-
-bool MakeDirs(const std::string& dir) {
-    struct stat st {};
-    if (stat(dir.c_str(), &st) == 0)
-        return S_ISDIR(st.st_mode);
-    size_t slash = dir.find_last_of('/');
-    if (slash != std::string::npos && slash > 0 && !MakeDirs(dir.substr(0, slash)))
-        return false;
-    return mkdir(dir.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
 namespace {
@@ -115,19 +107,26 @@ void ReportFile::Write(const std::string& text) {
     std::string line = TimeStamp() + " " + EscapeReportText(text) + "\n";
 
     std::lock_guard<std::mutex> lock(m_mutex);
-    size_t slash = m_path.find_last_of('/');
-    if (slash != std::string::npos && slash > 0)
-        MakeDirs(m_path.substr(0, slash));
+    // Reached through trusted directories only, never through a link.
+    std::string dir, name, why;
+    Fd dirFd;
+    if (SplitPath(m_path, dir, name))
+        dirFd = OpenTrustedDir(dir, true, why);
+    if (!dirFd.Ok()) {
+        ++m_dropped;
+        return;
+    }
     struct stat st {};
-    if (stat(m_path.c_str(), &st) == 0 &&
+    if (fstatat(dirFd.Get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 &&
         st.st_size + static_cast<long long>(line.size()) > m_maxBytes) {
         for (int k = kReportCopies - 1; k >= 1; --k) {
-            rename((m_path + "." + std::to_string(k)).c_str(),
-                   (m_path + "." + std::to_string(k + 1)).c_str());
+            renameat(dirFd.Get(), (name + "." + std::to_string(k)).c_str(), dirFd.Get(),
+                     (name + "." + std::to_string(k + 1)).c_str());
         }
-        rename(m_path.c_str(), (m_path + ".1").c_str());
+        renameat(dirFd.Get(), name.c_str(), dirFd.Get(), (name + ".1").c_str());
     }
-    int fd = open(m_path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    int fd = openat(dirFd.Get(), name.c_str(),
+                    O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
     if (fd < 0) {
         ++m_dropped;
         return;

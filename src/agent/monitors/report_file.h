@@ -1,5 +1,6 @@
 // A monitor's report file: one line per event, the local time first
-// ("YYYY-MM-DD HH:MM:SS text"), mode 0600, rotated once it passes its size
+// ("YYYY-MM-DD HH:MM:SS text"), mode 0600, reached through trusted
+// directories only (trusted_path.h), rotated once it passes its size
 // bound to ".1", the older copies shifted to ".2" up to kReportCopies, the
 // oldest dropped. Writing never fails loudly: on a full disk or any other
 // error the line is dropped and counted, and the next line tries again, so a
@@ -46,9 +47,6 @@ std::string EscapeReportText(const std::string& text);
 
 // The local time as "YYYY-MM-DD HH:MM:SS".
 std::string TimeStamp();
-
-// Creates dir and its missing parents with mode 0700; true when it exists.
-bool MakeDirs(const std::string& dir);
 
 }  // namespace nvmonit
 

@@ -84,4 +84,10 @@ VolumeUsage MeasureVolume(const std::string& partition, const std::string& procD
     return u;
 }
 
+VolumeUsage NoAnswer() {
+    VolumeUsage u;
+    u.sError = "no answer";
+    return u;
+}
+
 }  // namespace nvmonit

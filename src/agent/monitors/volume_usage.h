@@ -22,6 +22,10 @@ std::string MountPointOfDevice(const std::string& procDir, unsigned long long rd
 
 VolumeUsage MeasureVolume(const std::string& partition, const std::string& procDir = "/proc");
 
+// What a volume whose file system did not answer in time shows: sError
+// "no answer".
+VolumeUsage NoAnswer();
+
 }  // namespace nvmonit
 
 #endif
