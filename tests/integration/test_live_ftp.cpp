@@ -14,6 +14,7 @@
 
 #include <cstring>
 
+#include "acl_xattr.h"
 #include "impostor_process.h"
 #include "link/result_codes.h"
 #include "live_sandbox.h"
@@ -233,23 +234,6 @@ TEST_F(LiveFtp, AUsersProgramNamedLikeTheServerIsNotTheServer) {
     EXPECT_EQ(Send(46, "0"), em_ActNeedNoSet);
 }
 
-// An ACL of one named user entry: the kernel's binary layout of
-// system.posix_acl_access (version 2, then tag, permissions, id).
-std::string AclGivingReadTo(uint32_t uid) {
-    struct Entry {
-        uint16_t tag;
-        uint16_t perm;
-        uint32_t id;
-    };
-    const uint32_t kVersion = 2;
-    const uint32_t kAny = ~0u;
-    const Entry entries[] = {
-        {0x01, 6, kAny}, {0x02, 4, uid}, {0x04, 4, kAny}, {0x10, 4, kAny}, {0x20, 0, kAny}};
-    std::string acl(reinterpret_cast<const char*>(&kVersion), 4);
-    acl.append(reinterpret_cast<const char*>(entries), sizeof entries);
-    return acl;
-}
-
 std::string Xattr(const char* path, const char* name) {
     char buf[256];
     ssize_t n = getxattr(path, name, buf, sizeof buf);
@@ -265,7 +249,7 @@ TEST_F(LiveFtp, ARewrittenFileKeepsItsOwnerModeAclAndAttributes) {
     gid_t ftpGid = ftp->gr_gid;
     ASSERT_EQ(chown(kConf, 0, ftpGid), 0);
     ASSERT_EQ(chmod(kConf, 0640), 0);
-    std::string acl = AclGivingReadTo(65534);
+    std::string acl = nvtest::AclGivingReadTo(65534);
     ASSERT_EQ(setxattr(kConf, "system.posix_acl_access", acl.data(), acl.size(), 0), 0)
         << strerror(errno);
     ASSERT_EQ(setxattr(kConf, "user.origin", "site", 4, 0), 0) << strerror(errno);

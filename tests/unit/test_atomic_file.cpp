@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "acl_xattr.h"
 #include "agent/atomic_file.h"
 #include "temp_dir.h"
 
@@ -20,23 +21,6 @@ std::string Xattr(const std::string& path, const char* name) {
     return n < 0 ? std::string() : std::string(buf, static_cast<size_t>(n));
 }
 
-// The kernel's layout of system.posix_acl_access: version 2, then entries
-// of tag, permissions and id; this one gives user 65534 read access.
-std::string AclWithNamedUser() {
-    struct Entry {
-        uint16_t tag;
-        uint16_t perm;
-        uint32_t id;
-    };
-    const uint32_t kVersion = 2;
-    const uint32_t kAny = ~0u;
-    const Entry entries[] = {
-        {0x01, 6, kAny}, {0x02, 4, 65534}, {0x04, 0, kAny}, {0x10, 4, kAny}, {0x20, 0, kAny}};
-    std::string acl(reinterpret_cast<const char*>(&kVersion), 4);
-    acl.append(reinterpret_cast<const char*>(entries), sizeof entries);
-    return acl;
-}
-
 TEST(AtomicFile, TheReplacementKeepsModeAclAndAttributes) {
     nvtest::TempDir dir;
     std::string path = dir.File("app.conf");
@@ -44,7 +28,7 @@ TEST(AtomicFile, TheReplacementKeepsModeAclAndAttributes) {
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
     if (setxattr(path.c_str(), "user.origin", "site", 4, 0) != 0)
         GTEST_SKIP() << "no user attributes here: " << strerror(errno);
-    std::string acl = AclWithNamedUser();
+    std::string acl = nvtest::AclGivingReadTo(65534);
     bool withAcl =
         setxattr(path.c_str(), "system.posix_acl_access", acl.data(), acl.size(), 0) == 0;
     struct stat before {};
