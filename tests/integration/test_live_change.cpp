@@ -30,6 +30,12 @@ protected:
         std::string err;
         ASSERT_TRUE(agent.Start(&err)) << err;
     }
+    // A clean stop (and, in a sanitizer build, no report from the agent).
+    void TearDown() override {
+        if (agent.Process().Running()) {
+            EXPECT_EQ(agent.Stop(), 0) << agent.Process().ReadStderr();
+        }
+    }
     int Send(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
     static std::string Sysctl(const std::string& key) {
         std::string v = Tool({"sysctl", "-n", key});
