@@ -5,6 +5,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -75,20 +76,63 @@ std::string TempPrefix(const std::string& path) {
     return "." + BaseOf(path) + ".tmp.";
 }
 
-// The mode of the file being replaced, or 0644 for a new one.
-mode_t ModeFor(const std::string& path) {
+// Copies every extended attribute of from to to (ACLs are the
+// system.posix_acl_* ones). A security label the system refuses to copy is
+// left for it to assign; any other failure is the write's.
+int CopyXattrs(int from, int to) {
+    ssize_t size = flistxattr(from, nullptr, 0);
+    if (size < 0)
+        return errno == ENOTSUP ? 0 : errno;
+    std::vector<char> names(static_cast<size_t>(size) + 1);
+    size = flistxattr(from, names.data(), names.size());
+    if (size < 0)
+        return errno;
+    std::vector<char> value;
+    for (ssize_t at = 0; at < size; at += static_cast<ssize_t>(strlen(names.data() + at)) + 1) {
+        const char* name = names.data() + at;
+        ssize_t n = fgetxattr(from, name, nullptr, 0);
+        if (n < 0)
+            return errno;
+        value.resize(static_cast<size_t>(n) + 1);
+        n = fgetxattr(from, name, value.data(), value.size());
+        if (n < 0)
+            return errno;
+        if (fsetxattr(to, name, value.data(), static_cast<size_t>(n), 0) != 0 &&
+            strncmp(name, "security.", 9) != 0)
+            return errno;
+    }
+    return 0;
+}
+
+// Gives the temporary file the owner, group, mode, ACLs and other extended
+// attributes of the file it replaces (0644 and the writer's own for a new
+// one), so that a service that reads it as its own user still can, and
+// nobody gains access the old file did not give. Returns errno or 0.
+int KeepAttributes(const std::string& path, int to) {
+    Fd old(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat sb;
-    return stat(path.c_str(), &sb) == 0 ? (sb.st_mode & 07777) : 0644;
+    if (old.Get() < 0 || fstat(old.Get(), &sb) != 0 || !S_ISREG(sb.st_mode))
+        return fchmod(to, 0644) == 0 ? 0 : errno;
+    struct stat tb;
+    if (fstat(to, &tb) != 0)
+        return errno;
+    if ((tb.st_uid != sb.st_uid || tb.st_gid != sb.st_gid) && fchown(to, sb.st_uid, sb.st_gid) != 0)
+        return errno;
+    int e = CopyXattrs(old.Get(), to);
+    // After the ACL, whose mask the mode's group bits then set as before.
+    if (e == 0 && fchmod(to, sb.st_mode & 07777) != 0)
+        e = errno;
+    return e;
 }
 
 // Writes and syncs the temporary file; returns errno or 0.
-int WriteTemp(std::vector<char>& name, const std::string& data, mode_t mode) {
+int WriteTemp(std::vector<char>& name, const std::string& path, const std::string& data) {
     Fd fd(mkstemp(name.data()));
     if (fd.Get() < 0)
         return errno;
     int e = WriteAll(fd.Get(), data);
-    if (e == 0 && fchmod(fd.Get(), mode) != 0)
-        e = errno;
+    if (e == 0)
+        e = KeepAttributes(path, fd.Get());
     if (e == 0 && fsync(fd.Get()) != 0)
         e = errno;
     if (e == 0)
@@ -130,7 +174,7 @@ bool WriteFileAtomically(const std::string& path, const std::string& data, std::
     std::string tmpl = (dir == "/" ? "" : dir) + "/" + TempPrefix(path) + "XXXXXX";
     std::vector<char> name(tmpl.begin(), tmpl.end());
     name.push_back('\0');
-    int e = WriteTemp(name, data, ModeFor(path));
+    int e = WriteTemp(name, path, data);
     if (e == 0 && rename(name.data(), path.c_str()) != 0) {
         e = errno;
         unlink(name.data());

@@ -14,7 +14,9 @@ int ReadWholeFile(const std::string& path, std::string& text);
 // file: a temporary file in the same directory is written, synced and renamed
 // over path, then the directory is synced. The temporary file is hidden
 // (".NAME.tmp.XXXXXX" beside NAME), so a crash meanwhile leaves nothing in the
-// way of a directory listing, and RemoveStrayTemps finds it later. On failure the temporary file is
+// way of a directory listing, and RemoveStrayTemps finds it later. The new
+// file keeps the old one's owner, group, mode, ACLs and extended attributes
+// (a new file: 0644, the writer's). On failure the temporary file is
 // removed, path is untouched and err holds the system's reason.
 bool WriteFileAtomically(const std::string& path, const std::string& data, std::string& err);
 

@@ -1,12 +1,18 @@
 // The live agent's changes inside the namespace sandbox: kernel settings,
 // host name, firewall and password, each accepted and refused, and read
-// back with the system's own tools (sysctl, hostname, getent, iptables).
+// back with the system's own tools (sysctl, hostname, getent, iptables);
+// checks answered while a change waits.
 #include <crypt.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/mount.h>
 
+#include <atomic>
+#include <chrono>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <thread>
 
 #include "link/result_codes.h"
 #include "live_sandbox.h"
@@ -23,6 +29,12 @@ protected:
             GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
         std::string err;
         ASSERT_TRUE(agent.Start(&err)) << err;
+    }
+    // A clean stop (and, in a sanitizer build, no report from the agent).
+    void TearDown() override {
+        if (agent.Process().Running()) {
+            EXPECT_EQ(agent.Stop(), 0) << agent.Process().ReadStderr();
+        }
     }
     int Send(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
     static std::string Sysctl(const std::string& key) {
@@ -154,6 +166,60 @@ TEST_F(LiveChange, FirewallRulesPoliciesAndTheirPersistence) {
     EXPECT_EQ(Send(38, "1"), em_ActPostValueNotValid);
     EXPECT_EQ(detail, "The list is empty.");
     EXPECT_EQ(Send(32, "1"), em_ActSuccAll) << detail;
+}
+
+// The pids of the DHCP clients in the sandbox (ifdown's, releasing a lease,
+// and ifup's, asking for one).
+std::vector<pid_t> DhcpClients() {
+    std::istringstream out(Tool({"pgrep", "-x", "dhclient"}));
+    std::vector<pid_t> pids;
+    pid_t pid = 0;
+    while (out >> pid)
+        pids.push_back(pid);
+    return pids;
+}
+
+TEST_F(LiveChange, AChecksIsAnsweredWhileAChangeWaitsForItsLease) {
+    // No DHCP server behind the peer: switching nv0 to DHCP waits for a
+    // lease that never comes.
+    std::string interfaces = nvtest::ReadFile("/etc/network/interfaces");
+    std::atomic<int> result{-2};
+    std::thread change([&] { result = agent.Send(54, "nv0", nullptr, 120000); });
+    bool started = false;
+    for (int i = 0; i < 500 && !started; ++i) {
+        started = !DhcpClients().empty();
+        usleep(20000);
+    }
+    EXPECT_TRUE(started) << "the change did not start a DHCP client";
+
+    cConf_Inf conf;
+    cSvrState svr;
+    std::string err;
+    auto asked = std::chrono::steady_clock::now();
+    EXPECT_TRUE(agent.Check(conf, svr, err)) << err;
+    RecordProperty("check_ms",
+                   static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                        std::chrono::steady_clock::now() - asked)
+                                        .count()));
+    EXPECT_EQ(result.load(), -2) << "the change ended before the check: nothing was shown";
+    bool shown = false;
+    for (const std::string& l : svr.vsIfconfigList) {
+        if (l.find("nv0") == std::string::npos)
+            continue;
+        shown = true;
+        EXPECT_EQ(l.find("dynamic"), std::string::npos) << l;
+    }
+    EXPECT_TRUE(shown) << ::testing::PrintToString(svr.vsIfconfigList);
+
+    // The clients give up: the change fails and is undone.
+    for (int i = 0; i < 2000 && result.load() == -2; ++i) {
+        for (pid_t pid : DhcpClients())
+            kill(pid, SIGTERM);
+        usleep(50000);
+    }
+    change.join();
+    EXPECT_EQ(result.load(), em_ActFail);
+    EXPECT_EQ(nvtest::ReadFile("/etc/network/interfaces"), interfaces);
 }
 
 TEST_F(LiveChange, PasswordThroughTheSystemsTool) {

@@ -204,6 +204,8 @@ inline const CommandCase kCommandCases[] = {
     {48, "/srv/share", 6, "share path unchanged"},
     {48, "", 2, "share path empty"},
     {48, "share", 2, "relative share path"},
+    {48, "/srv/samba\\", 2, "share path ending in a backslash"},
+    {48, "/srv/samba ", 2, "share path ending in a blank"},
     {49, "1", 7, "share writable"},
     {49, "0", 6, "share already read-only"},
     {49, "", 1, "empty toggle"},

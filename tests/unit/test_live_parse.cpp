@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "agent/live/ftp_config.h"
 #include "agent/live/live_firewall.h"
 #include "agent/live/live_services.h"
 #include "agent/live/live_settings.h"
@@ -68,6 +69,50 @@ TEST(LiveServices, FtpOptionsFromTheConfigurationFile) {
     EXPECT_EQ(c.chVsftpdAnonUpload, '1');
     EXPECT_EQ(c.chVsftpdAnonMkdir, '0');
     EXPECT_EQ(c.sVsftpdAnonRoot, "/srv/ftp pub");
+}
+
+TEST(LiveServices, FtpOptionsAsTheServerReadsThem) {
+    // The last directive counts; blanks before an option are ignored, a "#"
+    // only in the first column starts a comment, names are exact and a
+    // value is taken as it stands (a blank after YES is no YES).
+    cConf_Inf c;
+    ParseFtpConfig(
+        "anonymous_enable=NO\n"
+        "anonymous_enable=YES\n"
+        "  local_enable=TRUE\n"
+        "WRITE_ENABLE=YES\n"
+        "anon_upload_enable=YES \n"
+        "anon_mkdir_write_enable=1\n"
+        "anon_mkdir_write_enable=yes\r\n",
+        c);
+    EXPECT_EQ(c.chVsftpdAnonEnable, '1');
+    EXPECT_EQ(c.chVsftpdLocalEnable, '1');
+    EXPECT_EQ(c.chVsftpdWrite, '0');
+    EXPECT_EQ(c.chVsftpdAnonUpload, '0');
+    EXPECT_EQ(c.chVsftpdAnonMkdir, '0');
+}
+
+TEST(LiveServices, AnFtpOptionIsSetWhereTheServerReadsItAndSaidOnce) {
+    std::string text =
+        "# anonymous_enable=YES\nanonymous_enable=NO\nlisten=YES\n anonymous_enable=YES\n"
+        "local_enable=YES\n";
+    std::string next = WithFtpOption(text, "anonymous_enable", "NO");
+    EXPECT_EQ(next, "# anonymous_enable=YES\nlisten=YES\nanonymous_enable=NO\nlocal_enable=YES\n");
+    cConf_Inf c;
+    c.chVsftpdAnonEnable = '1';
+    ParseFtpConfig(next, c);
+    EXPECT_EQ(c.chVsftpdAnonEnable, '0');
+    EXPECT_EQ(WithFtpOption("listen=YES", "write_enable", "NO"), "listen=YES\nwrite_enable=NO\n");
+    EXPECT_EQ(
+        WithoutFtpOption("anon_root=/a\n#anon_root=/b\nlisten=YES\n anon_root=/c\n", "anon_root"),
+        "#anon_root=/b\nlisten=YES\n");
+}
+
+TEST(LiveServices, ASambaLineEndingInABackslashGoesOnOnTheNext) {
+    cConf_Inf c;
+    ParseSambaConfig("[norvane]\n  path = /srv/a\\\n  read only = no\n", c);
+    EXPECT_EQ(c.sSambaSharePath, "/srv/a  read only = no");
+    EXPECT_EQ(c.chSambaShareWrite, '0');
 }
 
 TEST(LiveServices, OnlyTheAgentsOwnShareSectionCounts) {

@@ -166,6 +166,12 @@ bool ParsePathOption(short cmd, const std::string& p, Request& req, CmdResult& r
         r = Invalid(std::string(what) + " was left empty.");
     } else if (!IsAbsolutePath(p, 4095)) {
         r = Invalid(std::string(what) + " must be an absolute path (starting with /).");
+    } else if (cmd == 48 && p.back() == '\\') {
+        // Samba joins a line ending in a backslash with the next one.
+        r = Invalid("The Samba share path must not end with a backslash.");
+    } else if (cmd == 48 && (p.back() == ' ' || p.back() == '\t')) {
+        // Samba drops blanks at the end of a value.
+        r = Invalid("The Samba share path must not end with a blank.");
     } else {
         req = PathRequest{cmd, p};
         return true;

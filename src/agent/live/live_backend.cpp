@@ -1,6 +1,10 @@
 // LiveBackend: each check reads the machine afresh; each set command is
 // parsed by the shared parser and carried out by the domain it belongs to,
-// one change at a time.
+// one change at a time. A change may take a minute (an interface waiting
+// for its DHCP lease), so a check never waits for one: changes are
+// serialised by their own lock, and the check takes only the short lock
+// over the agent's settings and monitors, which a change holds just to
+// swap in its result.
 #include "agent/live/live_backend.h"
 
 #include <cstdio>
@@ -62,7 +66,7 @@ public:
         CmdResult r;
         if (!ParseCommand(cmd, payload, req, r))
             return r;
-        std::lock_guard<std::mutex> lock(m_mu);
+        std::lock_guard<std::mutex> change(m_changeMu);
         if (IsOwnSetting(req))
             return ApplyOwn(cmd, req);
         bool recorded = !ChangedFields(cmd).empty();
@@ -152,7 +156,9 @@ private:
     std::string Rules() const { return FirewallRulesFile(m_opts.sDataDir); }
 
     // The agent's own settings: changed on a copy, saved, then kept; a
-    // monitor's change reaches the running monitors at once.
+    // monitor's change reaches the running monitors at once. Called with
+    // m_changeMu held, which is what keeps m_settings from changing
+    // meanwhile; m_mu is taken only to swap it.
     CmdResult ApplyOwn(short cmd, const Request& req) {
         CmdResult refused;
         if (m_monitors.PathsRefused(req, refused))
@@ -170,6 +176,7 @@ private:
         if (!SaveSettings(SettingsPath(m_opts.sDataDir), next, err))
             return Failed("Could not save the agent's settings: " + err + ".");
         RecordChange(cmd, m_settings, cSvrState(), next, cSvrState(), r);
+        std::lock_guard<std::mutex> lock(m_mu);
         m_settings = std::move(next);
         if (monitors)
             m_monitors.Apply(m_settings);
@@ -177,6 +184,9 @@ private:
     }
 
     LiveOptions m_opts;
+    // One change at a time.
+    std::mutex m_changeMu;
+    // m_settings and m_monitors, briefly.
     std::mutex m_mu;
     cConf_Inf m_settings;
     LiveMonitors m_monitors;

@@ -2,13 +2,17 @@
 // configuration file (atomically, comments, order and unknown keys kept),
 // the server restarted when it runs so that they apply, started and stopped
 // through the service manager. The first change saves the file as it was
-// into the data directory (vsftpd.conf.package); restoring the defaults
-// (47) puts that copy back. A failed restart puts the old file back.
+// into the data directory (vsftpd.conf.package). Restoring the defaults (47)
+// puts that copy back with every option of the agent off and no anonymous
+// root: a package's copy may let anonymous and local users in. Every new
+// text is read back as the server reads it before it is written, and a
+// failed restart puts the old file back.
 #include <sys/stat.h>
 
 #include "agent/atomic_file.h"
 #include "agent/commands/command_parser.h"
 #include "agent/commands/state_checks.h"
+#include "agent/live/ftp_config.h"
 #include "agent/live/live_changes.h"
 #include "agent/live/live_files.h"
 #include "agent/live/live_services.h"
@@ -18,28 +22,12 @@ namespace nvagent {
 
 namespace {
 
-const char* const kFtpBinary = "/usr/sbin/vsftpd";
-const char* const kFtpService = "vsftpd";
-
-struct FtpFlag {
-    short cmd;
-    const char* key;
-    char cConf_Inf::*flag;
-};
-
-const FtpFlag kFtpFlags[] = {
-    {40, "anonymous_enable", &cConf_Inf::chVsftpdAnonEnable},
-    {41, "anon_upload_enable", &cConf_Inf::chVsftpdAnonUpload},
-    {42, "anon_mkdir_write_enable", &cConf_Inf::chVsftpdAnonMkdir},
-    {44, "local_enable", &cConf_Inf::chVsftpdLocalEnable},
-    {45, "write_enable", &cConf_Inf::chVsftpdWrite},
-};
-
 bool Installed(CmdResult& r) {
     struct stat st {};
-    if (stat(kFtpBinary, &st) == 0)
+    if (stat(kFtpDaemon.binary, &st) == 0)
         return true;
-    r = Failed(std::string("The FTP server is not installed (") + kFtpBinary + " is missing).");
+    r = Failed(std::string("The FTP server is not installed (") + kFtpDaemon.binary +
+               " is missing).");
     return false;
 }
 
@@ -47,18 +35,38 @@ std::string PackageCopy(const std::string& dataDir) {
     return dataDir + "/vsftpd.conf.package";
 }
 
-// Writes next over the configuration and restarts a running server; the
-// old text comes back when that fails.
-CmdResult Rewrite(const std::string& old, const std::string& next, const std::string& dataDir) {
+// The options as the server reads text.
+cConf_Inf Options(const std::string& text) {
+    cConf_Inf conf;
+    ParseFtpConfig(text, conf);
+    return conf;
+}
+
+bool SameOptions(const cConf_Inf& a, const cConf_Inf& b) {
+    for (const FtpFlag& f : kFtpFlags) {
+        if (a.*f.flag != b.*f.flag)
+            return false;
+    }
+    return a.sVsftpdAnonRoot == b.sVsftpdAnonRoot;
+}
+
+// Writes next over the configuration, once the server would read it as
+// want, and restarts a running server; the old text comes back when that
+// fails.
+CmdResult Rewrite(const std::string& old, const std::string& next, const cConf_Inf& want,
+                  const std::string& dataDir) {
+    if (!SameOptions(Options(next), want))
+        return Failed(std::string("The server would not read the change from ") + kFtpConfigPath +
+                      " as asked; nothing was changed.");
     std::string err;
     if (!KeepPackageCopy(PackageCopy(dataDir), old, err))
         return Failed("Could not keep a copy of the FTP configuration: " + err + ".");
     if (!WriteFileAtomically(kFtpConfigPath, next, err))
         return Failed(std::string("Could not write ") + kFtpConfigPath + ": " + err + ".");
-    if (ProcessRuns(kFtpService) && !ControlService(kFtpService, "restart", err)) {
+    if (DaemonRuns(kFtpDaemon) && !ControlService(kFtpDaemon.service, "restart", err)) {
         std::string ignored;
         WriteFileAtomically(kFtpConfigPath, old, ignored);
-        ControlService(kFtpService, "restart", ignored);
+        ControlService(kFtpDaemon.service, "restart", ignored);
         return Failed("The FTP server did not restart with the change (" + err +
                       "); the old configuration was put back.");
     }
@@ -71,18 +79,19 @@ CmdResult ChangeFtpFlag(const FlagRequest& q, const std::string& dataDir) {
     CmdResult r;
     if (!Installed(r))
         return r;
-    cConf_Inf now;
+    if (q.cmd == 46)
+        return SwitchService(q.cmd, q.on, kFtpDaemon, "The FTP server");
     std::string text;
     ReadTextFile(kFtpConfigPath, text);
-    ParseFtpConfig(text, now);
-    if (q.cmd == 46)
-        return SwitchService(q.cmd, q.on, kFtpService, "The FTP server");
+    cConf_Inf now = Options(text);
     for (const FtpFlag& f : kFtpFlags) {
         if (f.cmd != q.cmd)
             continue;
         if (now.*f.flag == (q.on ? '1' : '0'))
             return FlagUnchanged(q.cmd, q.on);
-        return Rewrite(text, WithConfKey(text, f.key, q.on ? "YES" : "NO"), dataDir);
+        cConf_Inf want = now;
+        want.*f.flag = q.on ? '1' : '0';
+        return Rewrite(text, WithFtpOption(text, f.option, q.on ? "YES" : "NO"), want, dataDir);
     }
     return Failed("Command " + std::to_string(q.cmd) + " is not an FTP option.");
 }
@@ -93,22 +102,30 @@ CmdResult ChangeFtpRoot(const PathRequest& q, const std::string& dataDir) {
         return r;
     std::string text;
     ReadTextFile(kFtpConfigPath, text);
-    cConf_Inf now;
-    ParseFtpConfig(text, now);
+    cConf_Inf now = Options(text);
     if (now.sVsftpdAnonRoot == q.path)
         return Unchanged("The FTP anonymous root is already " + q.path + ".");
-    return Rewrite(text, WithConfKey(text, "anon_root", q.path), dataDir);
+    cConf_Inf want = now;
+    want.sVsftpdAnonRoot = q.path;
+    return Rewrite(text, WithFtpOption(text, "anon_root", q.path), want, dataDir);
 }
 
 CmdResult RestoreFtpDefaults(const std::string& dataDir) {
     CmdResult r;
     if (!Installed(r))
         return r;
-    std::string text, original;
+    std::string text, next;
     ReadTextFile(kFtpConfigPath, text);
-    if (!ReadTextFile(PackageCopy(dataDir), original) || original == text)
+    if (!ReadTextFile(PackageCopy(dataDir), next))
+        next = text;
+    // Written out rather than left to the server's built-in defaults, which
+    // differ between its builds.
+    for (const FtpFlag& f : kFtpFlags)
+        next = WithFtpOption(next, f.option, "NO");
+    next = WithoutFtpOption(next, "anon_root");
+    if (next == text)
         return Unchanged("The FTP options already have their default values.");
-    return Rewrite(text, original, dataDir);
+    return Rewrite(text, next, cConf_Inf(), dataDir);
 }
 
 }  // namespace nvagent

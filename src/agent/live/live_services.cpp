@@ -1,20 +1,24 @@
 // Reading the FTP server's and Samba's configuration files and run state.
 #include "agent/live/live_services.h"
 
-#include <dirent.h>
 #include <strings.h>
 
 #include <cctype>
 #include <sstream>
+#include <vector>
 
 #include "agent/commands/payload_parse.h"
+#include "agent/live/ftp_config.h"
 #include "agent/live/live_files.h"
+#include "agent/live/trusted_process.h"
 
 namespace nvagent {
 
 const char* const kFtpConfigPath = "/etc/vsftpd.conf";
 const char* const kSambaConfigPath = "/etc/samba/smb.conf";
 const char* const kShareSection = "norvane";
+const ServiceDaemon kFtpDaemon = {"vsftpd", "/usr/sbin/vsftpd"};
+const ServiceDaemon kSambaDaemon = {"smbd", "/usr/sbin/smbd"};
 
 namespace {
 
@@ -22,56 +26,38 @@ bool IsYes(const std::string& v) {
     return strcasecmp(v.c_str(), "yes") == 0 || strcasecmp(v.c_str(), "true") == 0 || v == "1";
 }
 
-struct FtpKey {
-    const char* key;
-    char cConf_Inf::*flag;
-};
-
-const FtpKey kFtpKeys[] = {
-    {"anonymous_enable", &cConf_Inf::chVsftpdAnonEnable},
-    {"anon_upload_enable", &cConf_Inf::chVsftpdAnonUpload},
-    {"anon_mkdir_write_enable", &cConf_Inf::chVsftpdAnonMkdir},
-    {"local_enable", &cConf_Inf::chVsftpdLocalEnable},
-    {"write_enable", &cConf_Inf::chVsftpdWrite},
-};
-
 std::string Lower(std::string s) {
     for (char& c : s)
         c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
     return s;
 }
 
-}  // namespace
-
-void ParseFtpConfig(const std::string& text, cConf_Inf& conf) {
+// The logical lines of a Samba text: a line ending in a backslash is joined
+// with the next, the backslash dropped.
+std::vector<std::string> SambaLines(const std::string& text) {
+    std::vector<std::string> lines;
     std::istringstream in(text);
     std::string line;
+    std::string pending;
     while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '#')
-            continue;
-        size_t eq = line.find('=');
-        if (eq == std::string::npos)
-            continue;
-        std::string key = line.substr(0, eq);
-        std::string value = line.substr(eq + 1);
-        if (!value.empty() && value.back() == '\r')
-            value.pop_back();
-        if (key == "anon_root") {
-            conf.sVsftpdAnonRoot = value;
+        if (!line.empty() && line.back() == '\\') {
+            line.pop_back();
+            pending += line;
             continue;
         }
-        for (const FtpKey& k : kFtpKeys) {
-            if (key == k.key)
-                conf.*k.flag = IsYes(value) ? '1' : '0';
-        }
+        lines.push_back(pending + line);
+        pending.clear();
     }
+    if (!pending.empty())
+        lines.push_back(pending);
+    return lines;
 }
 
+}  // namespace
+
 void ParseSambaConfig(const std::string& text, cConf_Inf& conf) {
-    std::istringstream in(text);
-    std::string line;
     bool ours = false;
-    while (std::getline(in, line)) {
+    for (const std::string& line : SambaLines(text)) {
         std::string t = Trim(line);
         if (t.empty() || t[0] == '#' || t[0] == ';')
             continue;
@@ -97,30 +83,22 @@ void ParseSambaConfig(const std::string& text, cConf_Inf& conf) {
 }
 
 bool ProcessRuns(const std::string& comm) {
-    DIR* proc = opendir("/proc");
-    if (proc == nullptr)
-        return false;
-    bool found = false;
-    while (dirent* e = readdir(proc)) {
-        if (e->d_name[0] < '1' || e->d_name[0] > '9')
-            continue;
-        if (ReadFirstLine(std::string("/proc/") + e->d_name + "/comm") == comm) {
-            found = true;
-            break;
-        }
-    }
-    closedir(proc);
-    return found;
+    return AnyProcess(
+        [&comm](const std::string& procDir) { return ReadFirstLine(procDir + "/comm") == comm; });
+}
+
+bool DaemonRuns(const ServiceDaemon& d) {
+    return RootProcessRuns(d.binary);
 }
 
 void ReadServices(cConf_Inf& conf) {
     std::string text;
     if (ReadTextFile(kFtpConfigPath, text))
         ParseFtpConfig(text, conf);
-    conf.chVsftpdRunFlag = ProcessRuns("vsftpd") ? '1' : '0';
+    conf.chVsftpdRunFlag = DaemonRuns(kFtpDaemon) ? '1' : '0';
     if (ReadTextFile(kSambaConfigPath, text))
         ParseSambaConfig(text, conf);
-    conf.chSambaRunFlag = ProcessRuns("smbd") ? '1' : '0';
+    conf.chSambaRunFlag = DaemonRuns(kSambaDaemon) ? '1' : '0';
 }
 
 }  // namespace nvagent

@@ -15,13 +15,25 @@ extern const char* const kSambaConfigPath;
 // The name of the agent's own share section in the Samba configuration.
 extern const char* const kShareSection;
 
-// The FTP options of a configuration text ("key=value" lines, "#" comments,
-// YES/NO values); keys not present keep what conf holds.
-void ParseFtpConfig(const std::string& text, cConf_Inf& conf);
-// The share path and write flag of the agent's section of a Samba text.
+// A daemon the agent switches: its service (for the service manager) and
+// the package's binary, by which a running one is recognised.
+struct ServiceDaemon {
+    const char* service;
+    const char* binary;
+};
+extern const ServiceDaemon kFtpDaemon;
+extern const ServiceDaemon kSambaDaemon;
+
+// Whether the daemon runs: a root process of its binary in the agent's own
+// namespaces (trusted_process.h), whatever other users' programs are called.
+bool DaemonRuns(const ServiceDaemon& d);
+
+// The share path and write flag of the agent's section of a Samba text, read
+// as Samba reads it (a line ending in "\" continues on the next).
 void ParseSambaConfig(const std::string& text, cConf_Inf& conf);
 
-// Whether a process of this name (as /proc/PID/comm shows it) runs.
+// Whether a process of this name (as /proc/PID/comm shows it) runs. Any
+// user can name a program so: never enough to decide that a daemon runs.
 bool ProcessRuns(const std::string& comm);
 
 // Reads both services into conf; a missing file leaves the defaults.

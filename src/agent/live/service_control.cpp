@@ -1,10 +1,8 @@
-// Service manager calls and in-place "key=value" editing.
+// Service manager calls and the package copies of configuration files.
 #include "agent/live/service_control.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <sstream>
 
 #include "agent/atomic_file.h"
 #include "agent/commands/state_checks.h"
@@ -31,11 +29,11 @@ bool ControlService(const std::string& unit, const std::string& action, std::str
     return false;
 }
 
-CmdResult SwitchService(short cmd, bool on, const std::string& service, const std::string& what) {
-    if (ProcessRuns(service) == on)
+CmdResult SwitchService(short cmd, bool on, const ServiceDaemon& daemon, const std::string& what) {
+    if (DaemonRuns(daemon) == on)
         return FlagUnchanged(cmd, on);
     std::string err;
-    if (!ControlService(service, on ? "start" : "stop", err))
+    if (!ControlService(daemon.service, on ? "start" : "stop", err))
         return Failed(what + " could not be " + (on ? "started: " : "stopped: ") + err + ".");
     return Done();
 }
@@ -43,24 +41,6 @@ CmdResult SwitchService(short cmd, bool on, const std::string& service, const st
 bool KeepPackageCopy(const std::string& copyPath, const std::string& text, std::string& err) {
     struct stat st {};
     return stat(copyPath.c_str(), &st) == 0 || WriteFileAtomically(copyPath, text, err);
-}
-
-std::string WithConfKey(const std::string& text, const std::string& key, const std::string& value) {
-    std::istringstream in(text);
-    std::string line;
-    std::string out;
-    bool done = false;
-    while (std::getline(in, line)) {
-        if (!done && line.compare(0, key.size() + 1, key + "=") == 0) {
-            out += key + "=" + value + "\n";
-            done = true;
-        } else {
-            out += line + "\n";
-        }
-    }
-    if (!done)
-        out += key + "=" + value + "\n";
-    return out;
 }
 
 }  // namespace nvagent

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "agent/backend.h"
+#include "agent/live/live_services.h"
 
 namespace nvagent {
 
@@ -14,19 +15,15 @@ namespace nvagent {
 bool ControlService(const std::string& unit, const std::string& action, std::string& err);
 
 // A service's on/off switch (the FTP server's and Samba's): unchanged when
-// the service already runs, or does not, as asked; else started or stopped.
-// what names the service in the detail text ("The FTP server", "Samba").
-CmdResult SwitchService(short cmd, bool on, const std::string& service, const std::string& what);
+// its daemon already runs, or does not, as asked (DaemonRuns); else started
+// or stopped. what names the service in the detail text ("The FTP server",
+// "Samba").
+CmdResult SwitchService(short cmd, bool on, const ServiceDaemon& daemon, const std::string& what);
 
 // Keeps text, the configuration as the package left it, at copyPath before
 // the first change, so that restoring the defaults can put it back; a copy
 // already there is kept. False with err when it cannot be written.
 bool KeepPackageCopy(const std::string& copyPath, const std::string& text, std::string& err);
-
-// Sets one "key=value" line of a configuration text in place: the first
-// active line of key is replaced, else the line is added at the end; every
-// other line (comments, order, unknown keys) stays as it was.
-std::string WithConfKey(const std::string& text, const std::string& key, const std::string& value);
 
 }  // namespace nvagent
 
