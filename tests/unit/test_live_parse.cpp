@@ -3,7 +3,7 @@
 // os-release), its settings file, and its tool runner.
 #include <gtest/gtest.h>
 
-#include "agent/live/live_firewall.h"
+#include "agent/live/firewall/firewall_read.h"
 #include "agent/live/live_services.h"
 #include "agent/live/live_settings.h"
 #include "agent/live/live_sysinfo.h"
@@ -15,37 +15,74 @@ using namespace nvagent;
 
 namespace {
 
-TEST(LiveFirewall, RulesOfOurShapeUseOurColumnsOthersAreShownAsIptablesPrintsThem) {
+TEST(LiveFirewall, OwnRulesIndexedInOurColumnsOtherToolsRulesAfterThemWithTheirOwner) {
     const char* text =
         "-P INPUT DROP\n"
         "-P FORWARD ACCEPT\n"
         "-P OUTPUT ACCEPT\n"
-        "-N custom\n"
-        "-A INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
-        "-A INPUT -s 10.0.0.0/8 -d 192.168.1.20/32 -p udp -m udp --sport 53 -j DROP\n"
+        "-N NORVANE-INPUT\n"
+        "-N NORVANE-OUTPUT\n"
+        "-N f2b-sshd\n"
+        "-A INPUT -p tcp -m multiport --dports 22 -j f2b-sshd\n"
+        "-A INPUT -j ufw-before-input\n"
         "-A INPUT -i lo -j ACCEPT\n"
-        "-A custom -j RETURN\n"
-        "-A OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with icmp-port-unreachable\n"
-        "-A OUTPUT -p tcp -m tcp --dport 26 -j REJECT --reject-with tcp-reset\n";
+        "-A INPUT -j NORVANE-INPUT\n"
+        "-A NORVANE-INPUT -i lo -m comment --comment norvane-keep -j ACCEPT\n"
+        "-A NORVANE-INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
+        "-A NORVANE-INPUT -s 10.0.0.0/8 -d 192.168.1.20/32 -p udp -m udp --sport 53 -j DROP\n"
+        "-A NORVANE-INPUT -p tcp -m tcp --dport 27 -j LOG\n"
+        "-A f2b-sshd -j RETURN\n"
+        "-A OUTPUT -j NORVANE-OUTPUT\n"
+        "-A NORVANE-OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with "
+        "icmp-port-unreachable\n";
+    std::string text6 =
+        "-P INPUT ACCEPT\n"
+        "-P OUTPUT ACCEPT\n"
+        "-N NORVANE-INPUT\n"
+        "-A INPUT -j NORVANE-INPUT\n"
+        "-A NORVANE-INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
+        "-A NORVANE-OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with "
+        "icmp6-port-unreachable\n";
     ChainView in, out;
-    ParseIptablesRules(text, in, out);
-    EXPECT_EQ(in.policy, '2');
+    ParseIptablesRules(text, in, out, &text6);
+    EXPECT_EQ(in.policy, '0');
     EXPECT_EQ(out.policy, '1');
-    ASSERT_EQ(in.lines.size(), 3u);
-    EXPECT_EQ(in.lines[0], "  1  tcp  any:any  -> any:22   ACCEPT");
-    EXPECT_EQ(in.lines[1], "  2  udp  10.0.0.0/8:53  -> 192.168.1.20:any  DROP");
-    EXPECT_EQ(in.lines[2], "  3  -i lo -j ACCEPT");
-    ASSERT_EQ(out.lines.size(), 2u);
-    EXPECT_EQ(out.lines[0], "  1  tcp  any:any  -> any:25   REJECT");
-    EXPECT_EQ(out.lines[1], "  2  -p tcp -m tcp --dport 26 -j REJECT --reject-with tcp-reset");
-    EXPECT_EQ(in.specs[2], "-i lo -j ACCEPT");
+    EXPECT_TRUE(in.v4.jump);
+    EXPECT_TRUE(in.v4.own);
+    EXPECT_FALSE(out.v6.jump);
+    ASSERT_EQ(in.specs.size(), 3u);
+    EXPECT_EQ(in.lines, std::vector<std::string>({
+                            "Policy: IPv4 drop, IPv6 accept",
+                            "     agent: loopback ACCEPT (kept for the drop policy)",
+                            "  1  tcp  any:any  -> any:22   ACCEPT",
+                            "  2  udp  10.0.0.0/8:53  -> 192.168.1.20:any  DROP",
+                            "  3  -p tcp -m tcp --dport 27 -j LOG",
+                            "     fail2ban: -p tcp -m multiport --dports 22 -j f2b-sshd",
+                            "     ufw: -j ufw-before-input",
+                            "     other: -i lo -j ACCEPT",
+                        }));
+    EXPECT_EQ(out.lines, std::vector<std::string>(
+                             {"Policy: accept", "  1  tcp  any:any  -> any:25   REJECT"}));
+    FwRule r;
+    EXPECT_TRUE(AsOwnRule(out.v6.specs[0], r));
+    EXPECT_EQ(r.action, kActReject);
+}
+
+TEST(LiveFirewall, OwnersToldFromTheJumpsTarget) {
+    EXPECT_EQ(RuleOwner("-j ufw6-before-input"), "ufw");
+    EXPECT_EQ(RuleOwner("-s 10.1.1.1/32 -j f2b-sshd"), "fail2ban");
+    EXPECT_EQ(RuleOwner("-j DOCKER-USER"), "docker");
+    EXPECT_EQ(RuleOwner("-j INPUT_direct"), "firewalld");
+    EXPECT_EQ(RuleOwner("-p tcp -j ACCEPT"), "other");
+    EXPECT_EQ(RuleOwner("-i lo"), "other");
 }
 
 TEST(LiveFirewall, NoOutputGivesEmptyChainsWithUnknownPolicy) {
     ChainView in, out;
     ParseIptablesRules("", in, out);
     EXPECT_EQ(in.policy, '0');
-    EXPECT_TRUE(in.lines.empty());
+    EXPECT_EQ(in.lines, std::vector<std::string>({"Policy: unknown"}));
+    EXPECT_TRUE(in.specs.empty());
 }
 
 TEST(LiveServices, FtpOptionsFromTheConfigurationFile) {
