@@ -138,10 +138,17 @@ TEST_F(LiveChange, FirewallRulesPoliciesAndTheirPersistence) {
     cSvrState svr;
     std::string err;
     ASSERT_TRUE(agent.Check(conf, svr, err)) << err;
-    // The policy, the two rules the drop policy keeps, the agent's two rules.
-    ASSERT_EQ(svr.vsIptablesInputList.size(), 5u)
-        << ::testing::PrintToString(svr.vsIptablesInputList);
-    EXPECT_EQ(svr.vsIptablesInputList[0], "Policy: drop");
+    // The policy, the rules the drop policy keeps, the agent's two rules.
+    EXPECT_EQ(svr.vsIptablesInputList,
+              tVecStr({"Policy: drop", "     agent: loopback ACCEPT (kept for the drop policy)",
+                       "     agent: replies to established connections ACCEPT (kept for the drop "
+                       "policy)",
+                       "     agent: TCP of connections open before tracking started ACCEPT (kept "
+                       "for the drop policy)",
+                       "     agent: ICMPv6 (neighbour discovery) ACCEPT (kept for the drop "
+                       "policy) (IPv6)",
+                       "  1  tcp  any:any  -> 192.168.1.20:80  REJECT",
+                       "  2  udp  10.0.0.0/8:53  -> any:any  DROP"}));
     EXPECT_EQ(svr.chIptablesInputPolicy, '2');
     ASSERT_EQ(svr.vsIptablesOutputList.size(), 2u);
 

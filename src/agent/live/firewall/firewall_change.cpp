@@ -17,10 +17,16 @@ namespace {
 const char* const kChainWords[] = {"input", "output"};
 const char* const kTargets[] = {"", "ACCEPT", "DROP", "REJECT"};
 
-// The rules a drop policy keeps, per chain: loopback and the replies to
-// established connections; IPv6 also needs ICMPv6 (neighbour discovery).
-const char* const kKeeps[2][2] = {{"-i lo", "-m conntrack --ctstate RELATED,ESTABLISHED"},
-                                  {"-o lo", "-m conntrack --ctstate RELATED,ESTABLISHED"}};
+// The rules a drop policy keeps, per chain: loopback, the replies to
+// established connections, and TCP segments (never a SYN, so never a new
+// connection) of a connection that was open before connection tracking
+// started: on a server whose firewall had no stateful rule, tracking starts
+// with these rules, and a session open then (the administrator's own) would
+// otherwise freeze. IPv6 also needs ICMPv6 (neighbour discovery).
+const char* const kKeeps[2][3] = {{"-i lo", "-m conntrack --ctstate RELATED,ESTABLISHED",
+                                   "-p tcp ! --syn -m conntrack --ctstate NEW"},
+                                  {"-o lo", "-m conntrack --ctstate RELATED,ESTABLISHED",
+                                   "-p tcp ! --syn -m conntrack --ctstate NEW"}};
 const char* const kKeep6 = "-p ipv6-icmp";
 
 std::string KeepRule(const char* match) {
@@ -155,8 +161,9 @@ CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir) {
         std::string old = fc.policy == '2' ? "DROP" : "ACCEPT";
         std::string base = kBaseChains[q.chain];
         if (want == '2' && fc.keeps.empty()) {
-            std::vector<std::string> keeps = {KeepRule(kKeeps[q.chain][0]),
-                                              KeepRule(kKeeps[q.chain][1])};
+            std::vector<std::string> keeps;
+            for (const char* k : kKeeps[q.chain])
+                keeps.push_back(KeepRule(k));
             if (f == 1)
                 keeps.push_back(KeepRule(kKeep6));
             b.apply += Ensure(fc, q.chain);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <sstream>
+#include <utility>
 
 #include "agent/display_lines.h"
 #include "agent/live/live_files.h"
@@ -44,9 +45,23 @@ std::string PolicyLine(const ChainView& c) {
            PolicyWord(c.v6.policy);
 }
 
+// What each kept rule is for, told from its match.
+const std::pair<const char*, const char*> kKeepNames[] = {
+    {"-i lo ", "loopback"},
+    {"-o lo ", "loopback"},
+    {"--tcp-flags", "TCP of connections open before tracking started"},
+    {"icmp", "ICMPv6 (neighbour discovery)"},
+    {"ESTABLISHED", "replies to established connections"},
+};
+
 std::string KeepLine(const std::string& spec) {
-    std::string what =
-        spec.find("lo ") != std::string::npos ? "loopback" : "replies to established connections";
+    std::string what = spec;
+    for (const auto& k : kKeepNames) {
+        if (spec.find(k.first) != std::string::npos) {
+            what = k.second;
+            break;
+        }
+    }
     return "     agent: " + what + " ACCEPT (kept for the drop policy)";
 }
 
@@ -126,8 +141,12 @@ void MakeView(ChainView& c) {
     c.specs = c.v4.specs;
     c.lines.clear();
     c.lines.push_back(PolicyLine(c));
-    for (const std::string& k : c.v4.keeps.empty() ? c.v6.keeps : c.v4.keeps)
+    for (const std::string& k : c.v4.keeps)
         c.lines.push_back(KeepLine(k));
+    for (const std::string& k : c.v6.keeps) {
+        if (c.v4.keeps.empty() || k.find("icmp") != std::string::npos)
+            c.lines.push_back(KeepLine(k) + (c.v4.keeps.empty() ? "" : " (IPv6)"));
+    }
     size_t width = std::max<size_t>(3, std::to_string(c.specs.size()).size());
     for (size_t i = 0; i < c.specs.size(); ++i) {
         FwRule r;

@@ -1,0 +1,343 @@
+// The live agent's firewall beside other tools' rules, with real traffic
+// from the peer namespace: each scenario set up as the tool itself sets
+// its rules up, and every rule the agent did not make checked to be still
+// there, in its order, with its counters, after every command.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "link/result_codes.h"
+#include "live_sandbox.h"
+#include "net_traffic.h"
+
+using nvtest::EchoServer;
+using nvtest::TcpEchoes;
+using nvtest::Tool;
+
+namespace {
+
+const char* const kPeer = "peer";
+const char* const kHost = "10.77.0.2";
+const char* const kHost6 = "fd77::2";
+const char* const kPeerAddr = "10.77.0.1";
+
+// A rule of a table as iptables-save -c prints it, with its counters.
+struct Counted {
+    std::string rule;  // family, table and "-A ..." line
+    unsigned long long packets = 0, bytes = 0;
+};
+
+std::vector<Counted> OtherToolsRules() {
+    std::vector<Counted> out;
+    for (const char* tool : {"iptables-save", "ip6tables-save"}) {
+        std::istringstream in(Tool({tool, "-c"}));
+        std::string line, table;
+        while (std::getline(in, line)) {
+            if (line.size() > 1 && line[0] == '*')
+                table = line.substr(1);
+            if (line.empty() || line[0] != '[' || line.find("NORVANE") != std::string::npos)
+                continue;
+            Counted c;
+            size_t close = line.find(']');
+            sscanf(line.c_str(), "[%llu:%llu]", &c.packets, &c.bytes);
+            c.rule = std::string(tool) + " " + table + line.substr(close + 1);
+            out.push_back(c);
+        }
+    }
+    return out;
+}
+
+class LiveFirewall : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        if (!nvtest::InSandbox())
+            return;
+        Tool({"ip", "addr", "add", "10.77.0.2/24", "dev", "nv0"});
+        Tool({"ip", "-6", "addr", "add", "fd77::2/64", "dev", "nv0", "nodad"});
+        Tool({"ip", "-n", "peer", "-6", "addr", "add", "fd77::1/64", "dev", "nvpeer0", "nodad"});
+    }
+    void SetUp() override {
+        if (!nvtest::InSandbox())
+            GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
+        Tool({"nft", "flush", "ruleset"});
+        for (const char* t : {"iptables", "ip6tables"}) {
+            for (const char* c : {"INPUT", "OUTPUT", "FORWARD"})
+                Tool({t, "-w", "5", "-P", c, "ACCEPT"});
+        }
+    }
+    void StartAgent() {
+        std::string err;
+        ASSERT_TRUE(agent.Start(&err)) << err;
+    }
+    int Send(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
+    cSvrState Check() {
+        cConf_Inf conf;
+        cSvrState svr;
+        std::string err;
+        EXPECT_TRUE(agent.Check(conf, svr, err)) << err;
+        return svr;
+    }
+    // Every rule of another tool still there, in order, its counters kept.
+    void ExpectOthersKept(const std::vector<Counted>& before, const char* when) {
+        std::vector<Counted> now = OtherToolsRules();
+        ASSERT_EQ(now.size(), before.size()) << when;
+        for (size_t i = 0; i < now.size(); ++i) {
+            EXPECT_EQ(now[i].rule, before[i].rule) << when;
+            EXPECT_GE(now[i].packets, before[i].packets) << when << ": " << now[i].rule;
+            EXPECT_GE(now[i].bytes, before[i].bytes) << when << ": " << now[i].rule;
+        }
+    }
+    static bool Has(const tVecStr& lines, const std::string& text) {
+        for (const std::string& l : lines) {
+            if (l.find(text) != std::string::npos)
+                return true;
+        }
+        return false;
+    }
+    nvtest::LiveAgent agent;
+    std::string detail;
+};
+
+TEST_F(LiveFirewall, EmptyFirewallRulesAndDropPolicyWithRealTraffic) {
+    StartAgent();
+    EchoServer web("", 8080), other("", 8081), peerTcp(kPeer, 9000), peerDns(kPeer, 53, true);
+    ASSERT_TRUE(web.Listening() && other.Listening() && peerTcp.Listening() && peerDns.Listening());
+    ASSERT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+    ASSERT_TRUE(TcpEchoes(kPeer, kHost6, 8080));
+
+    // A drop rule without addresses closes the port for both families.
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 2"), em_ActSuccAll) << detail;
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost6, 8080, 700));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8081));
+    ASSERT_EQ(Send(34, "1"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost6, 8080));
+
+    // A rule with an IPv4 address is IPv4's only.
+    ASSERT_EQ(Send(33, "1 1 10.77.0.1 0 - 8080 2"), em_ActSuccAll) << detail;
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost6, 8080));
+    ASSERT_EQ(Send(35, ""), em_ActSuccAll) << detail;
+
+    // A drop policy: the accepted port stays open in both families, every
+    // other new connection is dropped, while a session opened before, the
+    // server's own connections out (TCP and DNS) and loopback go on.
+    nvtest::TcpSession session(kPeer, kHost, 8081);
+    ASSERT_TRUE(session.Open());
+    ASSERT_EQ(Send(33, "2 1 - 0 - 8080 1"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(32, "2"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost6, 8080));
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8081, 700));
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost6, 8081, 700));
+    EXPECT_TRUE(session.Ping());
+    EXPECT_TRUE(TcpEchoes("", kPeerAddr, 9000));
+    EXPECT_TRUE(nvtest::UdpEchoes("", kPeerAddr, 53));
+    EXPECT_TRUE(TcpEchoes("", "fd77::1", 9000));
+    EXPECT_TRUE(TcpEchoes("", "127.0.0.1", 8081));
+    EXPECT_TRUE(TcpEchoes("", "::1", 8081));
+    cSvrState svr = Check();
+    EXPECT_EQ(svr.chIptablesInputPolicy, '2');
+    ASSERT_GE(svr.vsIptablesInputList.size(), 4u);
+    EXPECT_EQ(svr.vsIptablesInputList[0], "Policy: drop");
+    EXPECT_TRUE(Has(svr.vsIptablesInputList, "agent: loopback ACCEPT (kept for the drop policy)"));
+    EXPECT_EQ(svr.vsIptablesInputList.back(), "  1  tcp  any:any  -> any:8080  ACCEPT");
+    // The kept rules carry no index: entry 1 is the accept.
+    ASSERT_EQ(Send(34, "2"), em_ActPostValueNotValid);
+    EXPECT_EQ(detail, "There is no entry 2; the list has 1 entry, numbered 1.");
+
+    // Back to accept: the kept rules go, everything gets in again.
+    ASSERT_EQ(Send(32, "1"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8081));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost6, 8081));
+    svr = Check();
+    EXPECT_FALSE(Has(svr.vsIptablesInputList, "kept for the drop policy"));
+
+    // An output drop policy keeps loopback and the replies of sessions that
+    // came in.
+    ASSERT_EQ(Send(36, "2"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8081));
+    EXPECT_TRUE(TcpEchoes("", "127.0.0.1", 8081));
+    EXPECT_FALSE(TcpEchoes("", kPeerAddr, 9000, 700));
+    ASSERT_EQ(Send(36, "1"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes("", kPeerAddr, 9000));
+}
+
+TEST_F(LiveFirewall, Fail2banStyleBanWinsAndItsJumpIsNotTheAgentsToDelete) {
+    // As fail2ban's multiport action sets a jail up: its chain, entered by
+    // a jump it inserts at the top of INPUT, and a ban in it.
+    Tool({"iptables", "-w", "5", "-N", "f2b-web"});
+    Tool({"iptables", "-w", "5", "-A", "f2b-web", "-j", "RETURN"});
+    Tool({"iptables", "-w", "5", "-I", "INPUT", "1", "-p", "tcp", "-m", "multiport", "--dports",
+          "8080", "-j", "f2b-web"});
+    StartAgent();
+    EchoServer web("", 8080);
+    ASSERT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 1"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(32, "2"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+    std::vector<Counted> before = OtherToolsRules();
+    ASSERT_GE(before.size(), 2u);
+    ASSERT_GT(before[0].packets, 0u) << before[0].rule;
+
+    // A ban fail2ban adds after the agent's accept still wins over it.
+    Tool({"iptables", "-w", "5", "-I", "f2b-web", "1", "-s", kPeerAddr, "-j", "REJECT",
+          "--reject-with", "icmp-port-unreachable"});
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    before = OtherToolsRules();
+
+    cSvrState svr = Check();
+    EXPECT_TRUE(
+        Has(svr.vsIptablesInputList, "     fail2ban: -p tcp -m multiport --dports 8080 -j f2b-web"))
+        << ::testing::PrintToString(svr.vsIptablesInputList);
+    // fail2ban's jump is shown after the agent's rule; its place is not an
+    // index the agent deletes.
+    ASSERT_EQ(Send(34, "2"), em_ActPostValueNotValid);
+    EXPECT_EQ(detail,
+              "Entry 2 is fail2ban's rule \"-p tcp -m multiport --dports 8080 -j f2b-web\" in "
+              "INPUT, not the agent's; the agent's rules are numbered 1 to 1.");
+    ExpectOthersKept(before, "after the refused delete");
+    ASSERT_EQ(Send(33, "2 1 - 0 - 9090 1"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(34, "1"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(35, ""), em_ActSuccAll) << detail;
+    ExpectOthersKept(before, "after add, delete, clear");
+    ASSERT_EQ(agent.Stop(), 0);
+    StartAgent();
+    ExpectOthersKept(before, "after a restart");
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}),
+              "-P INPUT DROP\n"
+              "-A INPUT -p tcp -m multiport --dports 8080 -j f2b-web\n"
+              "-A INPUT -j NORVANE-INPUT\n");
+    // Unbanned, the peer still gets nothing through the drop policy, as the
+    // agent's accept was cleared; an accept opens it again.
+    Tool({"iptables", "-w", "5", "-D", "f2b-web", "1"});
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 1"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+}
+
+TEST_F(LiveFirewall, DockerStylePublishedPortKeepsWorkingWithItsCountersAfterARestart) {
+    // A "container" namespace behind a bridge-less veth, its port published
+    // as docker publishes one: a DNAT in nat's DOCKER chain, accepted in
+    // FORWARD's DOCKER chain.
+    Tool({"ip", "netns", "add", "ctr"});
+    Tool({"ip", "link", "add", "dk0", "type", "veth", "peer", "name", "dkc"});
+    Tool({"ip", "link", "set", "dkc", "netns", "ctr"});
+    Tool({"ip", "addr", "add", "10.78.0.1/24", "dev", "dk0"});
+    Tool({"ip", "link", "set", "dk0", "up"});
+    Tool({"ip", "-n", "ctr", "addr", "add", "10.78.0.2/24", "dev", "dkc"});
+    Tool({"ip", "-n", "ctr", "link", "set", "dkc", "up"});
+    Tool({"ip", "-n", "ctr", "link", "set", "lo", "up"});
+    Tool({"ip", "-n", "ctr", "route", "add", "default", "via", "10.78.0.1"});
+    Tool({"sysctl", "-w", "net.ipv4.ip_forward=1"});
+    std::vector<std::vector<std::string>> rules = {
+        {"-t", "nat", "-N", "DOCKER"},
+        {"-t", "nat", "-A", "PREROUTING", "-m", "addrtype", "--dst-type", "LOCAL", "-j", "DOCKER"},
+        {"-t", "nat", "-A", "DOCKER", "!", "-i", "dk0", "-p", "tcp", "-m", "tcp", "--dport", "8088",
+         "-j", "DNAT", "--to-destination", "10.78.0.2:80"},
+        {"-N", "DOCKER"},
+        {"-N", "DOCKER-USER"},
+        {"-A", "DOCKER-USER", "-j", "RETURN"},
+        {"-A", "FORWARD", "-j", "DOCKER-USER"},
+        {"-A", "FORWARD", "-o", "dk0", "-m", "conntrack", "--ctstate", "RELATED,ESTABLISHED", "-j",
+         "ACCEPT"},
+        {"-A", "FORWARD", "-o", "dk0", "-j", "DOCKER"},
+        {"-A", "FORWARD", "-i", "dk0", "-j", "ACCEPT"},
+        {"-A", "DOCKER", "-d", "10.78.0.2/32", "!", "-i", "dk0", "-o", "dk0", "-p", "tcp", "-m",
+         "tcp", "--dport", "80", "-j", "ACCEPT"},
+        {"-P", "FORWARD", "DROP"},
+    };
+    for (const auto& r : rules) {
+        std::vector<std::string> argv = {"iptables", "-w", "5"};
+        argv.insert(argv.end(), r.begin(), r.end());
+        int code = -1;
+        Tool(argv, &code);
+        ASSERT_EQ(code, 0) << ::testing::PrintToString(r);
+    }
+    EchoServer app("ctr", 80);
+    ASSERT_TRUE(app.Listening());
+    ASSERT_TRUE(TcpEchoes(kPeer, kHost, 8088));
+    StartAgent();
+    ASSERT_EQ(Send(33, "1 1 - 0 - 22 1"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(32, "2"), em_ActSuccAll) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8088));
+    std::vector<Counted> before = OtherToolsRules();
+    ASSERT_EQ(agent.Stop(), 0);
+    StartAgent();
+    ExpectOthersKept(before, "after a restart");
+    for (const Counted& c : OtherToolsRules()) {
+        if (c.rule.find("DNAT") != std::string::npos) {
+            EXPECT_GT(c.packets, 0u) << c.rule;
+        }
+    }
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8088));
+    cSvrState svr = Check();
+    EXPECT_FALSE(Has(svr.vsIptablesInputList, "DOCKER"));
+    Tool({"ip", "netns", "del", "ctr"});
+}
+
+TEST_F(LiveFirewall, NetfilterPersistentsFilesAreNeverWrittenAndAReloadIsRepaired) {
+    // As netfilter-persistent keeps and loads them: whole tables, nat and
+    // mangle included.
+    const std::string rules4 =
+        "*mangle\n"
+        ":PREROUTING ACCEPT [0:0]\n"
+        "-A PREROUTING -p tcp -m tcp --dport 8443 -j MARK --set-xmark 0x7/0xffffffff\n"
+        "COMMIT\n"
+        "*nat\n"
+        ":PREROUTING ACCEPT [0:0]\n"
+        ":POSTROUTING ACCEPT [0:0]\n"
+        "-A PREROUTING -p tcp -m tcp --dport 8443 -j DNAT --to-destination 10.77.0.2:8080\n"
+        "-A POSTROUTING -s 10.99.0.0/16 -j MASQUERADE\n"
+        "COMMIT\n"
+        "*filter\n"
+        ":INPUT ACCEPT [0:0]\n"
+        "-A INPUT -s 10.66.0.0/16 -j DROP\n"
+        "COMMIT\n";
+    const std::string rules6 =
+        "*filter\n:INPUT ACCEPT [0:0]\n-A INPUT -s fd66::/16 -j DROP\nCOMMIT\n";
+    Tool({"mkdir", "-p", "/etc/iptables"});
+    std::ofstream("/etc/iptables/rules.v4") << rules4;
+    std::ofstream("/etc/iptables/rules.v6") << rules6;
+    int code = -1;
+    Tool({"iptables-restore", "/etc/iptables/rules.v4"}, &code);
+    ASSERT_EQ(code, 0);
+    Tool({"ip6tables-restore", "/etc/iptables/rules.v6"}, &code);
+    ASSERT_EQ(code, 0);
+    StartAgent();
+    EchoServer web("", 8080);
+    ASSERT_TRUE(TcpEchoes(kPeer, kHost, 8443));
+    std::vector<Counted> before = OtherToolsRules();
+    ASSERT_EQ(before.size(), 5u);
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 2"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(37, "1 1 - 0 - 9999 2"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(32, "2"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(34, "1"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 2"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(39, ""), em_ActSuccAll) << detail;
+    ExpectOthersKept(before, "after the commands");
+    ASSERT_EQ(agent.Stop(), 0);
+    StartAgent();
+    ExpectOthersKept(before, "after a restart");
+    EXPECT_EQ(nvtest::ReadFile("/etc/iptables/rules.v4"), rules4);
+    EXPECT_EQ(nvtest::ReadFile("/etc/iptables/rules.v6"), rules6);
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8443, 700));
+
+    // netfilter-persistent's reload restores whole tables: the agent's
+    // chains go, and the next check puts them back.
+    Tool({"iptables-restore", "/etc/iptables/rules.v4"}, &code);
+    ASSERT_EQ(code, 0);
+    Tool({"ip6tables-restore", "/etc/iptables/rules.v6"}, &code);
+    ASSERT_EQ(Tool({"iptables", "-S", "INPUT"}),
+              "-P INPUT ACCEPT\n-A INPUT -s 10.66.0.0/16 -j DROP\n");
+    cSvrState svr = Check();
+    EXPECT_TRUE(Has(svr.vsIptablesInputList, "  1  tcp  any:any  -> any:8080  DROP"))
+        << ::testing::PrintToString(svr.vsIptablesInputList);
+    EXPECT_EQ(svr.chIptablesInputPolicy, '2');
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8443, 700));
+    EXPECT_NE(agent.Process().ReadStderr().find("firewall chains were gone"), std::string::npos);
+    EXPECT_EQ(nvtest::ReadFile("/etc/iptables/rules.v4"), rules4);
+}
+
+}  // namespace
