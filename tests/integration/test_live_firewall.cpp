@@ -273,7 +273,11 @@ TEST_F(LiveFirewall, DockerStylePublishedPortKeepsWorkingWithItsCountersAfterARe
     }
     EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8088));
     cSvrState svr = Check();
-    EXPECT_FALSE(Has(svr.vsIptablesInputList, "DOCKER"));
+    // The page says that the published port passes INPUT by.
+    EXPECT_TRUE(Has(svr.vsIptablesInputList,
+                    "     docker: published through nat, not filtered by INPUT: ! -i dk0 -p tcp "
+                    "-m tcp --dport 8088 -j DNAT --to-destination 10.78.0.2:80"))
+        << ::testing::PrintToString(svr.vsIptablesInputList);
     Tool({"ip", "netns", "del", "ctr"});
 }
 
@@ -338,6 +342,91 @@ TEST_F(LiveFirewall, NetfilterPersistentsFilesAreNeverWrittenAndAReloadIsRepaire
     EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8443, 700));
     EXPECT_NE(agent.Process().ReadStderr().find("firewall chains were gone"), std::string::npos);
     EXPECT_EQ(nvtest::ReadFile("/etc/iptables/rules.v4"), rules4);
+}
+
+TEST_F(LiveFirewall, NativeNftablesDropIsShownAnAcceptItBlocksIsSaidAndItsReloadIsRepaired) {
+    // As Debian's nftables service loads its file: the whole ruleset
+    // flushed, then the administrator's table.
+    const std::string conf =
+        "flush ruleset\n"
+        "table inet filter {\n"
+        "  chain input {\n"
+        "    type filter hook input priority 0; policy drop;\n"
+        "    iif lo accept\n"
+        "    ct state established,related accept\n"
+        "    tcp dport 8081 accept\n"
+        "  }\n"
+        "}\n";
+    std::ofstream("/etc/nftables.conf") << conf;
+    int code = -1;
+    Tool({"nft", "-f", "/etc/nftables.conf"}, &code);
+    ASSERT_EQ(code, 0);
+    StartAgent();
+    EchoServer web("", 8080), other("", 8081);
+    ASSERT_TRUE(TcpEchoes(kPeer, kHost, 8081));
+    ASSERT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    cSvrState svr = Check();
+    EXPECT_TRUE(Has(svr.vsIptablesInputList,
+                    "     nftables: table inet filter, chain input on the input hook, policy drop"))
+        << ::testing::PrintToString(svr.vsIptablesInputList);
+    // The accept is added, and the answer says why it does not open the
+    // port; the port stays closed, as said.
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 1"), em_ActSuccAll) << detail;
+    EXPECT_NE(detail.find("It may not take effect"), std::string::npos) << detail;
+    EXPECT_NE(detail.find("nftables's table inet filter, chain input (policy drop)"),
+              std::string::npos)
+        << detail;
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    // A drop needs no such word.
+    ASSERT_EQ(Send(33, "2 1 - 0 - 8081 2"), em_ActSuccAll) << detail;
+    EXPECT_EQ(detail, "");
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8081, 700));
+
+    // The service's reload flushes the ruleset, the agent's chains with it;
+    // the next check puts them back beside the administrator's table.
+    Tool({"nft", "-f", "/etc/nftables.conf"}, &code);
+    ASSERT_EQ(code, 0);
+    ASSERT_TRUE(TcpEchoes(kPeer, kHost, 8081));
+    svr = Check();
+    EXPECT_TRUE(Has(svr.vsIptablesInputList, "  2  tcp  any:any  -> any:8081  DROP"))
+        << ::testing::PrintToString(svr.vsIptablesInputList);
+    EXPECT_TRUE(Has(svr.vsIptablesInputList, "table inet filter, chain input"));
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8081, 700));
+    EXPECT_NE(Tool({"nft", "list", "table", "inet", "filter"}).find("tcp dport 8081 accept"),
+              std::string::npos);
+}
+
+// Last in this file: the legacy tables, once loaded, stay for the rest of
+// the sandbox's life.
+TEST_F(LiveFirewall, LegacyTablesBesideNftablesAreShownAndSaidInEveryAnswer) {
+    int code = -1;
+    Tool(
+        {"iptables-legacy", "-w", "5", "-A", "INPUT", "-p", "tcp", "--dport", "8080", "-j", "DROP"},
+        &code);
+    if (code != 0)
+        GTEST_SKIP() << "no iptables-legacy here";
+    StartAgent();
+    EchoServer web("", 8080);
+    cSvrState svr = Check();
+    EXPECT_TRUE(Has(svr.vsIptablesInputList,
+                    "     legacy iptables: table ip filter, chain INPUT on the input hook, rule "
+                    "-p tcp -m tcp --dport 8080 -j DROP"))
+        << ::testing::PrintToString(svr.vsIptablesInputList);
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 1"), em_ActSuccAll) << detail;
+    EXPECT_NE(detail.find("It may not take effect"), std::string::npos) << detail;
+    EXPECT_NE(detail.find("Legacy iptables tables are loaded beside nf_tables"), std::string::npos)
+        << detail;
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    for (auto [cmd, payload] : {std::pair<short, const char*>{34, "5"}, {35, ""}, {32, "1"}}) {
+        Send(cmd, payload);
+        EXPECT_NE(detail.find("Legacy iptables tables are loaded"), std::string::npos)
+            << cmd << ": " << detail;
+    }
+    // Legacy changes do not move the nf_tables generation: seen at once.
+    Tool({"iptables-legacy", "-w", "5", "-F", "INPUT"});
+    svr = Check();
+    EXPECT_FALSE(Has(svr.vsIptablesInputList, "--dport 8080 -j DROP"));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
 }
 
 }  // namespace

@@ -77,6 +77,53 @@ TEST(LiveFirewall, OwnersToldFromTheJumpsTarget) {
     EXPECT_EQ(RuleOwner("-i lo"), "other");
 }
 
+TEST(LiveFirewall, OtherBaseChainsOnTheInputAndOutputHooksButIptablesOwn) {
+    const char* text =
+        "table inet filter {\n"
+        "\tchain input {\n"
+        "\t\ttype filter hook input priority filter; policy drop;\n"
+        "\t}\n"
+        "\tchain forward {\n"
+        "\t\ttype filter hook forward priority filter; policy drop;\n"
+        "\t}\n"
+        "\tchain output {\n"
+        "\t\ttype filter hook output priority filter; policy accept;\n"
+        "\t}\n"
+        "}\n"
+        "table ip filter {\n"
+        "\tchain INPUT {\n"
+        "\t\ttype filter hook input priority filter; policy accept;\n"
+        "\t}\n"
+        "\tchain NORVANE-INPUT {\n"
+        "\t}\n"
+        "}\n"
+        "table inet firewalld {\n"
+        "\tchain filter_INPUT {\n"
+        "\t\ttype filter hook input priority filter + 10; policy accept;\n"
+        "\t}\n"
+        "}\n";
+    std::vector<BaseChain> c = ParseNftChains(text);
+    ASSERT_EQ(c.size(), 3u);
+    EXPECT_EQ(c[0].owner, "nftables");
+    EXPECT_EQ(c[0].table, "inet filter");
+    EXPECT_EQ(c[0].chain, "input");
+    EXPECT_TRUE(c[0].drop);
+    EXPECT_EQ(c[1].hook, 1);
+    EXPECT_FALSE(c[1].drop);
+    EXPECT_EQ(c[2].owner, "firewalld");
+    OtherFilters f;
+    f.chains = c;
+    EXPECT_EQ(OtherFilterLines(f, 0),
+              std::vector<std::string>(
+                  {"     nftables: table inet filter, chain input on the input hook, policy drop",
+                   "     firewalld: table inet firewalld, chain filter_INPUT on the input hook, "
+                   "policy accept"}));
+    EXPECT_NE(OtherFiltersNote(f, 0, true).find("nftables's table inet filter, chain input"),
+              std::string::npos);
+    EXPECT_EQ(OtherFiltersNote(f, 0, false), "");
+    EXPECT_EQ(OtherFiltersNote(f, 1, true), "");
+}
+
 TEST(LiveFirewall, NoOutputGivesEmptyChainsWithUnknownPolicy) {
     ChainView in, out;
     ParseIptablesRules("", in, out);

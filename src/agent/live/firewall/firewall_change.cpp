@@ -120,6 +120,15 @@ bool SameRule(const std::string& a, const std::string& b) {
            x.dport == y.dport && x.action == y.action;
 }
 
+// The answer with what else filters the hook's traffic said in its detail:
+// an accept another base chain may drop, legacy tables beside nf_tables.
+CmdResult Noted(CmdResult r, const ChainView& v, int hook, bool accepting) {
+    std::string note = OtherFiltersNote(v.filters, hook, accepting);
+    if (!note.empty())
+        r.sDetail = r.sDetail.empty() ? note.substr(1) : r.sDetail + note;
+    return r;
+}
+
 bool AddressLess(const std::string& spec) {
     return spec.find("-s ") == std::string::npos && spec.find("-d ") == std::string::npos;
 }
@@ -150,8 +159,10 @@ CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir) {
     const ChainView& v = views[q.chain];
     char want = static_cast<char>('0' + q.policy);
     if (v.v4.policy == want && (!v.has6 || v.v6.policy == want)) {
-        return Unchanged(std::string("The ") + kChainWords[q.chain] + " chain policy is already " +
-                         (q.policy == kActAccept ? "accept." : "drop."));
+        return Noted(
+            Unchanged(std::string("The ") + kChainWords[q.chain] + " chain policy is already " +
+                      (q.policy == kActAccept ? "accept." : "drop.")),
+            v, q.chain, q.policy == kActAccept);
     }
     Change ch;
     const FamilyChain* fams[2] = {&v.v4, &v.v6};
@@ -184,7 +195,7 @@ CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir) {
     }
     // The policy the agent set is kept for the next start only when it is a
     // drop: an accept put back at boot would open what another tool closed.
-    return Commit(ch, dataDir, q.chain, want == '2');
+    return Noted(Commit(ch, dataDir, q.chain, want == '2'), v, q.chain, want == '1');
 }
 
 CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir) {
@@ -207,7 +218,7 @@ CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir) {
                          : "-A " + Own(q.chain) + " " + spec + "\n";
         b.undo = "-D " + Own(q.chain) + " " + std::to_string(at) + "\n";
     }
-    return Commit(ch, dataDir);
+    return Noted(Commit(ch, dataDir), v, q.chain, q.rule.action == kActAccept);
 }
 
 CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string& dataDir) {
@@ -231,7 +242,7 @@ CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string&
                                              ", not the agent's; " + ours + "."};
     }
     if (!CheckDeleteIndex(index, own, r))
-        return r;
+        return Noted(r, v, chain, false);
     const std::string& spec = v.v4.specs[index - 1];
     std::string at = std::to_string(v.v4.keeps.size() + index);
     Change ch;
@@ -247,7 +258,7 @@ CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string&
             break;
         }
     }
-    return Commit(ch, dataDir);
+    return Noted(Commit(ch, dataDir), v, chain, false);
 }
 
 CmdResult ClearRules(FwChain chain, const std::string& dataDir) {
@@ -257,7 +268,9 @@ CmdResult ClearRules(FwChain chain, const std::string& dataDir) {
         return r;
     const ChainView& v = views[chain];
     if (v.v4.specs.empty() && v.v6.specs.empty())
-        return Unchanged(std::string("The ") + kChainWords[chain] + " chain is already empty.");
+        return Noted(
+            Unchanged(std::string("The ") + kChainWords[chain] + " chain is already empty."), v,
+            chain, false);
     Change ch;
     const FamilyChain* fams[2] = {&v.v4, &v.v6};
     for (int f = 0; f < 2; ++f) {
@@ -268,7 +281,7 @@ CmdResult ClearRules(FwChain chain, const std::string& dataDir) {
             ch.fam[f].undo += "-A " + Own(chain) + " " + s + "\n";
         }
     }
-    return Commit(ch, dataDir);
+    return Noted(Commit(ch, dataDir), v, chain, false);
 }
 
 }  // namespace nvagent

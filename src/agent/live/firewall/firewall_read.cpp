@@ -1,6 +1,7 @@
 // One "iptables -w N -t filter -S" and one "ip6tables" run per reading,
-// reused while the nf_tables generation stays the same (the legacy
-// flavour's changes do not move it, so there every check reads again).
+// with "nft list chains" for the other base chains, reused while the
+// nf_tables generation stays the same (the legacy flavour's changes do not
+// move it, so there every check reads again).
 #include "agent/live/firewall/firewall_read.h"
 
 #include <cstdio>
@@ -47,6 +48,13 @@ bool ReadTables(ChainView& input, ChainView& output, std::string& err) {
     }
     ToolRun run6 = RunTool({"ip6tables", "-w", "5", "-t", "filter", "-S"}, "", 10000);
     ParseIptablesRules(run.sOut, input, output, run6.Ok() ? &run6.sOut : nullptr);
+    input.filters = ReadOtherFilters();
+    output.filters = input.filters;
+    ChainView* views[2] = {&input, &output};
+    for (int h = 0; h < 2; ++h) {
+        std::vector<std::string> more = OtherFilterLines(input.filters, h);
+        views[h]->lines.insert(views[h]->lines.end(), more.begin(), more.end());
+    }
     return true;
 }
 
@@ -102,8 +110,9 @@ bool ReadFirewall(ChainView& input, ChainView& output, std::string& err, bool fr
     }
     uint32_t after = 0;
     std::lock_guard<std::mutex> lock(c.mu);
-    // Kept only when nothing changed while iptables was reading.
-    c.valid = known && NftGeneration(after) && after == gen;
+    // Kept only when nothing changed while iptables was reading; never
+    // beside legacy tables, whose changes the generation does not follow.
+    c.valid = known && !input.filters.legacy && NftGeneration(after) && after == gen;
     c.gen = gen;
     c.input = input;
     c.output = output;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "agent/commands/requests.h"
+#include "agent/live/firewall/base_chains.h"
 
 namespace nvagent {
 
@@ -43,6 +44,7 @@ struct ChainView {
     char policy = '0';               // both families' policy; '0' when they differ
     std::vector<std::string> specs;  // the agent's indexed rules (IPv4's)
     std::vector<std::string> lines;  // display lines
+    OtherFilters filters;            // what else filters the traffic
 };
 
 // Which tool a rule of INPUT/OUTPUT belongs to, told from its target.
