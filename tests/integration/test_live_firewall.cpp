@@ -396,6 +396,97 @@ TEST_F(LiveFirewall, NativeNftablesDropIsShownAnAcceptItBlocksIsSaidAndItsReload
               std::string::npos);
 }
 
+// ufw's own command from the refusal's detail ("...: ufw allow ... .").
+std::vector<std::string> CommandIn(const std::string& detail) {
+    size_t at = detail.find(": ufw ");
+    std::string cmd = detail.substr(at + 2, detail.rfind('.') - at - 2);
+    std::vector<std::string> argv;
+    std::istringstream in(cmd);
+    std::string w;
+    while (in >> w)
+        argv.push_back(w);
+    return argv;
+}
+
+TEST_F(LiveFirewall, UfwEnabledRefusesWithUfwsOwnCommandAndKeepsItsRulesAcrossRestartAndBoot) {
+    int code = -1;
+    Tool({"ufw", "--version"}, &code);
+    if (code != 0)
+        GTEST_SKIP() << "ufw is not installed (scripts/deps.sh installs it)";
+    StartAgent();
+    EchoServer a("", 8080), b("", 8081), c("", 8082), d("", 8443);
+    // A rule the agent made before ufw was enabled.
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8082 1"), em_ActSuccAll) << detail;
+    Tool({"ufw", "--force", "enable"}, &code);
+    ASSERT_EQ(code, 0);
+    Tool({"ufw", "allow", "8081/tcp"}, &code);
+    ASSERT_EQ(code, 0);
+    nvtest::TcpSession session(kPeer, kHost, 8081);
+    ASSERT_TRUE(session.Open());
+    cSvrState svr = Check();
+    EXPECT_TRUE(Has(svr.vsIptablesInputList, "     ufw: -j ufw-before-input"))
+        << ::testing::PrintToString(svr.vsIptablesInputList);
+    EXPECT_TRUE(Has(svr.vsIptablesInputList, "  1  tcp  any:any  -> any:8082  ACCEPT"));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8082));
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    std::vector<Counted> before = OtherToolsRules();
+
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 1"), em_ActFail);
+    EXPECT_EQ(detail,
+              "ufw manages this server's firewall, so the agent leaves the change to it: ufw "
+              "insert 1 allow proto tcp from any to any port 8080.");
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    ASSERT_EQ(Send(32, "1"), em_ActFail);
+    EXPECT_NE(detail.find("ufw default allow incoming."), std::string::npos) << detail;
+    ASSERT_EQ(Send(36, "2"), em_ActFail);
+    EXPECT_NE(detail.find("ufw default deny outgoing."), std::string::npos) << detail;
+    ExpectOthersKept(before, "after the refusals");
+    // ufw's own command, as given, does it.
+    ASSERT_EQ(Send(33, "2 1 10.77.0.0/24 0 - 8080 1"), em_ActFail);
+    std::vector<std::string> argv = CommandIn(detail);
+    EXPECT_EQ(argv, std::vector<std::string>({"ufw", "allow", "proto", "tcp", "from",
+                                              "10.77.0.0/24", "to", "any", "port", "8080"}));
+    Tool(argv, &code);
+    ASSERT_EQ(code, 0) << detail;
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+    before = OtherToolsRules();
+
+    // The agent's own rule stays the agent's to clear; then nothing is.
+    ASSERT_EQ(Send(35, ""), em_ActSuccAll) << detail;
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8082, 700));
+    ASSERT_EQ(Send(35, ""), em_ActFail);
+    EXPECT_NE(detail.find("ufw status numbered, then ufw delete NUMBER."), std::string::npos);
+    ASSERT_EQ(Send(34, "1"), em_ActFail);
+    ExpectOthersKept(before, "after clear");
+    EXPECT_TRUE(session.Ping());
+
+    // A restart keeps ufw's rules, the one added after the agent's last save
+    // among them.
+    Tool({"ufw", "allow", "8443/tcp"}, &code);
+    before = OtherToolsRules();
+    ASSERT_EQ(agent.Stop(), 0);
+    StartAgent();
+    ExpectOthersKept(before, "after a restart");
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8443));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8081));
+    EXPECT_TRUE(session.Ping());
+
+    // A boot in the real order: an empty firewall, ufw, then the agent.
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8082 1"), em_ActFail);
+    ASSERT_EQ(agent.Stop(), 0);
+    Tool({"nft", "flush", "ruleset"});
+    Tool({"ufw", "--force", "enable"}, &code);
+    ASSERT_EQ(code, 0);
+    StartAgent();
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8081));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8443));
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8082, 700));
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).substr(0, 14), "-P INPUT DROP\n");
+    Tool({"ufw", "--force", "disable"});
+    Tool({"ufw", "--force", "reset"});
+}
+
 // Last in this file: the legacy tables, once loaded, stay for the rest of
 // the sandbox's life.
 TEST_F(LiveFirewall, LegacyTablesBesideNftablesAreShownAndSaidInEveryAnswer) {

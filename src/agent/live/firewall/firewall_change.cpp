@@ -7,6 +7,7 @@
 #include "agent/commands/state_checks.h"
 #include "agent/live/firewall/firewall_read.h"
 #include "agent/live/firewall/firewall_restore.h"
+#include "agent/live/firewall/other_managers.h"
 #include "agent/live/firewall/own_chains_store.h"
 #include "agent/live/live_changes.h"
 
@@ -157,6 +158,9 @@ CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir) {
     if (!Current(views, r))
         return r;
     const ChainView& v = views[q.chain];
+    std::string manager = ActiveManager(views);
+    if (!manager.empty())
+        return Noted(ManagerPolicy(manager, q), v, q.chain, false);
     char want = static_cast<char>('0' + q.policy);
     if (v.v4.policy == want && (!v.has6 || v.v6.policy == want)) {
         return Noted(
@@ -204,6 +208,9 @@ CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir) {
     if (!Current(views, r))
         return r;
     const ChainView& v = views[q.chain];
+    std::string manager = ActiveManager(views);
+    if (!manager.empty())
+        return Noted(ManagerAddRule(manager, q), v, q.chain, false);
     std::string spec = RuleSpec(q.rule);
     Change ch;
     const FamilyChain* fams[2] = {&v.v4, &v.v6};
@@ -228,6 +235,10 @@ CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string&
         return r;
     const ChainView& v = views[chain];
     size_t own = v.v4.specs.size();
+    // The agent's own rules from before stay the agent's to delete.
+    std::string manager = ActiveManager(views);
+    if (!manager.empty() && own == 0)
+        return Noted(ManagerDelete(manager), v, chain, false);
     // The entries after the agent's are other tools' rules, shown but never
     // the agent's to delete.
     std::vector<const OtherRule*> others;
@@ -267,6 +278,9 @@ CmdResult ClearRules(FwChain chain, const std::string& dataDir) {
     if (!Current(views, r))
         return r;
     const ChainView& v = views[chain];
+    std::string manager = ActiveManager(views);
+    if (!manager.empty() && v.v4.specs.empty() && v.v6.specs.empty())
+        return Noted(ManagerDelete(manager), v, chain, false);
     if (v.v4.specs.empty() && v.v6.specs.empty())
         return Noted(
             Unchanged(std::string("The ") + kChainWords[chain] + " chain is already empty."), v,
