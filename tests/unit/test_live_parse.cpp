@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "agent/live/firewall/firewall_read.h"
+#include "agent/live/firewall/other_managers.h"
 #include "agent/live/live_services.h"
 #include "agent/live/live_settings.h"
 #include "agent/live/live_sysinfo.h"
@@ -122,6 +123,36 @@ TEST(LiveFirewall, OtherBaseChainsOnTheInputAndOutputHooksButIptablesOwn) {
               std::string::npos);
     EXPECT_EQ(OtherFiltersNote(f, 0, false), "");
     EXPECT_EQ(OtherFiltersNote(f, 1, true), "");
+}
+
+TEST(LiveFirewall, FirewalldRunningGetsFirewallCmdsOwnCommand) {
+    ChainView views[2];
+    EXPECT_EQ(ActiveManager(views), "");
+    views[0].filters.chains.push_back(
+        {"firewalld", "inet firewalld", "filter_INPUT", 0, false, "accept"});
+    ASSERT_EQ(ActiveManager(views), "firewalld");
+    RuleAddRequest q{kChainInput, false, FwRule()};
+    q.chain = kChainInput;
+    q.rule.src = "10.0.0.0/8";
+    q.rule.dport = 22;
+    CmdResult r = ManagerAddRule("firewalld", q);
+    EXPECT_EQ(r.iCode, em_ActFail);
+    EXPECT_EQ(r.sDetail,
+              "firewalld manages this server's firewall, so the agent leaves the change to it: "
+              "firewall-cmd --permanent --add-rich-rule='rule family=\"ipv4\" source "
+              "address=\"10.0.0.0/8\" port port=\"22\" protocol=\"tcp\" accept', then "
+              "firewall-cmd --reload.");
+    q.chain = kChainOutput;
+    q.top = true;
+    q.rule.action = kActDrop;
+    EXPECT_NE(ManagerAddRule("firewalld", q)
+                  .sDetail.find("--direct --add-rule ipv4 filter OUTPUT 0 -p tcp -s 10.0.0.0/8 "
+                                "--dport 22 -j DROP, then"),
+              std::string::npos);
+    PolicyRequest p{kChainInput, kActDrop};
+    p.chain = kChainInput;
+    p.policy = kActDrop;
+    EXPECT_NE(ManagerPolicy("firewalld", p).sDetail.find("--set-target=DROP"), std::string::npos);
 }
 
 TEST(LiveFirewall, NoOutputGivesEmptyChainsWithUnknownPolicy) {

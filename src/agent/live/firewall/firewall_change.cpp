@@ -16,7 +16,6 @@ namespace nvagent {
 namespace {
 
 const char* const kChainWords[] = {"input", "output"};
-const char* const kTargets[] = {"", "ACCEPT", "DROP", "REJECT"};
 
 // The rules a drop policy keeps, per chain: loopback, the replies to
 // established connections, and TCP segments (never a SYN, so never a new
@@ -100,19 +99,6 @@ CmdResult Commit(const Change& ch, const std::string& dataDir, int policyChain =
     return Done();
 }
 
-std::string RuleSpec(const FwRule& rule) {
-    std::string s = rule.proto == kProtoUdp ? "-p udp" : "-p tcp";
-    if (!rule.src.empty())
-        s += " -s " + rule.src;
-    if (rule.sport != 0)
-        s += " --sport " + std::to_string(rule.sport);
-    if (!rule.dst.empty())
-        s += " -d " + rule.dst;
-    if (rule.dport != 0)
-        s += " --dport " + std::to_string(rule.dport);
-    return s + " -j " + kTargets[rule.action];
-}
-
 bool SameRule(const std::string& a, const std::string& b) {
     FwRule x, y;
     if (!AsOwnRule(a, x) || !AsOwnRule(b, y))
@@ -194,7 +180,7 @@ CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir) {
                     "-I " + Own(q.chain) + " " + std::to_string(i + 1) + " " + fc.keeps[i] + "\n";
             }
         }
-        b.apply += ":" + base + " " + kTargets[q.policy] + " [0:0]\n";
+        b.apply += ":" + base + " " + kRuleTargets[q.policy] + " [0:0]\n";
         b.undo += ":" + base + " " + old + " [0:0]\n";
     }
     // The policy the agent set is kept for the next start only when it is a

@@ -18,6 +18,7 @@ namespace nvagent {
 const char* const kOwnChains[2] = {"NORVANE-INPUT", "NORVANE-OUTPUT"};
 const char* const kBaseChains[2] = {"INPUT", "OUTPUT"};
 const char* const kKeepMark = "norvane-keep";
+const char* const kRuleTargets[4] = {"", "ACCEPT", "DROP", "REJECT"};
 
 namespace {
 
@@ -72,6 +73,19 @@ void AddOtherLines(const std::vector<OtherRule>& others, const char* family,
 }
 
 }  // namespace
+
+std::string RuleSpec(const FwRule& rule) {
+    std::string s = rule.proto == kProtoUdp ? "-p udp" : "-p tcp";
+    if (!rule.src.empty())
+        s += " -s " + rule.src;
+    if (rule.sport != 0)
+        s += " --sport " + std::to_string(rule.sport);
+    if (!rule.dst.empty())
+        s += " -d " + rule.dst;
+    if (rule.dport != 0)
+        s += " --dport " + std::to_string(rule.dport);
+    return s + " -j " + kRuleTargets[rule.action];
+}
 
 bool AsOwnRule(const std::string& spec, FwRule& r) {
     std::vector<std::string> w = SplitWords(spec);

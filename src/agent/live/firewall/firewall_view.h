@@ -50,6 +50,12 @@ struct ChainView {
 // Which tool a rule of INPUT/OUTPUT belongs to, told from its target.
 std::string RuleOwner(const std::string& spec);
 
+// The verdicts of FwAction, as iptables names them.
+extern const char* const kRuleTargets[4];
+
+// The rule as iptables takes it ("-p tcp -s ... --dport 22 -j ACCEPT").
+std::string RuleSpec(const FwRule& rule);
+
 // A rule of the form's shape (protocol, addresses, ports, verdict); false
 // for anything else.
 bool AsOwnRule(const std::string& spec, FwRule& r);

@@ -8,7 +8,6 @@ namespace {
 
 const char* const kUfwActions[] = {"", "allow", "deny", "reject"};
 const char* const kFirewalldActions[] = {"", "accept", "drop", "reject"};
-const char* const kTargets[] = {"", "ACCEPT", "DROP", "REJECT"};
 
 bool Has(const ChainView& v, const std::string& owner) {
     for (const OtherRule& o : v.v4.others) {
@@ -53,18 +52,9 @@ std::string FirewalldRule(const RuleAddRequest& q) {
                kFirewalldActions[r.action] + "'";
     }
     // Anything else as a direct rule.
-    std::string c = std::string("firewall-cmd --permanent --direct --add-rule ipv4 filter ") +
-                    (q.chain == kChainOutput ? "OUTPUT" : "INPUT") + " " + (q.top ? "0" : "1") +
-                    " -p " + Proto(r);
-    if (!r.src.empty())
-        c += " -s " + r.src;
-    if (r.sport != 0)
-        c += " --sport " + std::to_string(r.sport);
-    if (!r.dst.empty())
-        c += " -d " + r.dst;
-    if (r.dport != 0)
-        c += " --dport " + std::to_string(r.dport);
-    return c + " -j " + kTargets[r.action];
+    return std::string("firewall-cmd --permanent --direct --add-rule ipv4 filter ") +
+           (q.chain == kChainOutput ? "OUTPUT" : "INPUT") + " " + (q.top ? "0 " : "1 ") +
+           RuleSpec(r);
 }
 
 }  // namespace
