@@ -39,9 +39,9 @@ const char* PolicyWord(char p) {
     return p == '1' ? "accept" : p == '2' ? "drop" : "unknown";
 }
 
-std::string PolicyLine(const ChainView& c) {
+std::string ViewPolicyLine(const ChainView& c) {
     if (!c.has6 || c.v4.policy == c.v6.policy)
-        return std::string("Policy: ") + PolicyWord(c.v4.policy);
+        return PolicyLine(c.v4.policy);
     return std::string("Policy: IPv4 ") + PolicyWord(c.v4.policy) + ", IPv6 " +
            PolicyWord(c.v6.policy);
 }
@@ -154,7 +154,7 @@ void MakeView(ChainView& c) {
     c.policy = !c.has6 || c.v4.policy == c.v6.policy ? c.v4.policy : '0';
     c.specs = c.v4.specs;
     c.lines.clear();
-    c.lines.push_back(PolicyLine(c));
+    c.lines.push_back(ViewPolicyLine(c));
     for (const std::string& k : c.v4.keeps)
         c.lines.push_back(KeepLine(k));
     for (const std::string& k : c.v6.keeps) {
