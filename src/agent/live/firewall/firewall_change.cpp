@@ -123,6 +123,7 @@ bool AddressLess(const std::string& spec) {
 }  // namespace
 
 bool RestoreFirewall(const std::string& dataDir, std::string& err) {
+    std::lock_guard<std::recursive_mutex> lock(FirewallChangeLock());
     SetFirewallRepair("");
     ChainView views[2];
     if (!ReadFirewall(views[0], views[1], err, true)) {
@@ -139,6 +140,7 @@ bool RestoreFirewall(const std::string& dataDir, std::string& err) {
 }
 
 CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir) {
+    std::lock_guard<std::recursive_mutex> lock(FirewallChangeLock());
     ChainView views[2];
     CmdResult r;
     if (!Current(views, r))
@@ -189,6 +191,7 @@ CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir) {
 }
 
 CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir) {
+    std::lock_guard<std::recursive_mutex> lock(FirewallChangeLock());
     ChainView views[2];
     CmdResult r;
     if (!Current(views, r))
@@ -215,6 +218,7 @@ CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir) {
 }
 
 CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string& dataDir) {
+    std::lock_guard<std::recursive_mutex> lock(FirewallChangeLock());
     ChainView views[2];
     CmdResult r;
     if (!Current(views, r))
@@ -259,6 +263,7 @@ CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string&
 }
 
 CmdResult ClearRules(FwChain chain, const std::string& dataDir) {
+    std::lock_guard<std::recursive_mutex> lock(FirewallChangeLock());
     ChainView views[2];
     CmdResult r;
     if (!Current(views, r))

@@ -72,6 +72,11 @@ bool NeedsRepair(const ChainView& input, const ChainView& output, const OwnChain
 
 }  // namespace
 
+std::recursive_mutex& FirewallChangeLock() {
+    static std::recursive_mutex mu;
+    return mu;
+}
+
 void SetFirewallRepair(const std::string& dataDir) {
     FirewallCache& c = Cache();
     std::lock_guard<std::mutex> lock(c.mu);
@@ -92,6 +97,9 @@ bool ReadFirewall(ChainView& input, ChainView& output, std::string& err, bool fr
         }
         repairDir = c.repairDir;
     }
+    std::unique_lock<std::recursive_mutex> changing(FirewallChangeLock(), std::defer_lock);
+    if (!repairDir.empty())
+        changing.lock();
     if (!ReadTables(input, output, err))
         return false;
     OwnChains saved;

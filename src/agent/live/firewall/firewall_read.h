@@ -5,6 +5,7 @@
 #ifndef NV_AGENT_LIVE_FIREWALL_FIREWALL_READ_H
 #define NV_AGENT_LIVE_FIREWALL_FIREWALL_READ_H
 
+#include <mutex>
 #include <string>
 
 #include "agent/live/firewall/firewall_view.h"
@@ -14,6 +15,10 @@ namespace nvagent {
 // Reads both chains of both families; false with err when iptables is
 // missing or fails. fresh skips the cache.
 bool ReadFirewall(ChainView& input, ChainView& output, std::string& err, bool fresh = false);
+
+// Held by every change of the agent's chains and by their repair, so that
+// a check's repair and a command never both add a jump.
+std::recursive_mutex& FirewallChangeLock();
 
 // The data directory whose saved chains are put back when found missing;
 // empty: none (the default).
