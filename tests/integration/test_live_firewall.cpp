@@ -199,6 +199,7 @@ TEST_F(LiveFirewall, Fail2banStyleBanWinsAndItsJumpIsNotTheAgentsToDelete) {
               "INPUT, not the agent's; the agent's rules are numbered 1 to 1.");
     ExpectOthersKept(before, "after the refused delete");
     ASSERT_EQ(Send(33, "2 1 - 0 - 9090 1"), em_ActSuccAll) << detail;
+    EXPECT_EQ(detail, "");
     ASSERT_EQ(Send(34, "1"), em_ActSuccAll) << detail;
     ASSERT_EQ(Send(35, ""), em_ActSuccAll) << detail;
     ExpectOthersKept(before, "after add, delete, clear");
@@ -485,6 +486,20 @@ TEST_F(LiveFirewall, UfwEnabledRefusesWithUfwsOwnCommandAndKeepsItsRulesAcrossRe
     EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).substr(0, 14), "-P INPUT DROP\n");
     Tool({"ufw", "--force", "disable"});
     Tool({"ufw", "--force", "reset"});
+}
+
+TEST_F(LiveFirewall, AnAcceptBehindAnAdministratorsDropAllIsNotABareDone) {
+    StartAgent();
+    EchoServer web("", 8080);
+    ASSERT_EQ(Send(33, "1 1 - 0 - 22 1"), em_ActSuccAll) << detail;
+    Tool({"iptables", "-w", "5", "-I", "INPUT", "1", "-j", "DROP"});
+    ASSERT_EQ(Send(33, "1 1 - 0 - 8080 1"), em_ActSuccAll);
+    EXPECT_EQ(detail,
+              "It does not take effect: other's rule \"-j DROP\" in INPUT comes before the "
+              "agent's chain.");
+    EXPECT_FALSE(TcpEchoes(kPeer, kHost, 8080, 700));
+    Tool({"iptables", "-w", "5", "-D", "INPUT", "1"});
+    EXPECT_TRUE(TcpEchoes(kPeer, kHost, 8080));
 }
 
 // Last in this file: the legacy tables, once loaded, stay for the rest of

@@ -110,7 +110,15 @@ bool SameRule(const std::string& a, const std::string& b) {
 // The answer with what else filters the hook's traffic said in its detail:
 // an accept another base chain may drop, legacy tables beside nf_tables.
 CmdResult Noted(CmdResult r, const ChainView& v, int hook, bool accepting) {
-    std::string note = OtherFiltersNote(v.filters, hook, accepting);
+    std::string note;
+    // A rule of the base chain that drops everything before the jump.
+    for (const OtherRule& o : v.v4.others) {
+        if (accepting && o.first && (o.spec == "-j DROP" || o.spec.rfind("-j REJECT", 0) == 0)) {
+            note += std::string(" It does not take effect: ") + o.owner + "'s rule \"" + o.spec +
+                    "\" in " + kBaseChains[hook] + " comes before the agent's chain.";
+        }
+    }
+    note += OtherFiltersNote(v.filters, hook, accepting);
     if (!note.empty())
         r.sDetail = r.sDetail.empty() ? note.substr(1) : r.sDetail + note;
     return r;

@@ -138,7 +138,7 @@ void ParseFamily(const std::string& text, FamilyChain& input, FamilyChain& outpu
                 if (spec == std::string("-j ") + kOwnChains[i])
                     c.jump = true;
                 else
-                    c.others.push_back({spec, RuleOwner(spec)});
+                    c.others.push_back({spec, RuleOwner(spec), !c.jump});
             } else if (w[0] == "-A" && w[1] == kOwnChains[i]) {
                 std::string spec = RuleText(line, w[1]);
                 if (spec.find(std::string("--comment ") + kKeepMark) != std::string::npos)

@@ -24,8 +24,9 @@ extern const char* const kKeepMark;
 
 // Another tool's rule in INPUT or OUTPUT.
 struct OtherRule {
-    std::string spec;   // as iptables -S prints it after "-A CHAIN "
-    std::string owner;  // ufw, fail2ban, docker, firewalld, other
+    std::string spec;    // as iptables -S prints it after "-A CHAIN "
+    std::string owner;   // ufw, fail2ban, docker, firewalld, other
+    bool first = false;  // met before the jump into the agent's chain
 };
 
 // One chain of one family.
