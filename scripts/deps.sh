@@ -7,7 +7,7 @@ packages=(
   g++ cmake make pkg-config
   libncurses-dev libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format dialog
-  libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd
+  libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd nftables ufw
   ifupdown isc-dhcp-client vsftpd samba
   libsystemd-dev
   debhelper dpkg-dev lintian man-db systemd dbus-daemon jq logrotate git ccache

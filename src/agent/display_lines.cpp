@@ -109,6 +109,19 @@ tVecStr RuleLines(const std::vector<FwRule>& v) {
     return out;
 }
 
+std::string PolicyLine(char policy) {
+    return std::string("Policy: ") + (policy == '1'   ? "accept"
+                                      : policy == '2' ? "drop"
+                                                      : "unknown");
+}
+
+tVecStr ChainLines(char policy, const std::vector<FwRule>& v) {
+    tVecStr out = {PolicyLine(policy)};
+    tVecStr rules = RuleLines(v);
+    out.insert(out.end(), rules.begin(), rules.end());
+    return out;
+}
+
 tVecStr InterfaceLines(const std::vector<NetInterface>& v) {
     auto name = [](const NetInterface& n) { return n.name; };
     auto ip = [](const NetInterface& n) { return OrDash(n.ip); };

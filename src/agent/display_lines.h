@@ -22,6 +22,11 @@ void FormatDateTime(time_t t, std::string& date, std::string& clock);
 tVecStr VolumeLines(const std::vector<cDiskVolume>& v);
 tVecStr BackupLines(const std::vector<cBakForSize>& v);
 tVecStr RuleLines(const std::vector<FwRule>& v);
+// A firewall chain page: its policy first ("Policy: accept"; '1' accept,
+// '2' drop, anything else unknown), never counted in the indexes, then
+// the rules.
+std::string PolicyLine(char policy);
+tVecStr ChainLines(char policy, const std::vector<FwRule>& v);
 tVecStr InterfaceLines(const std::vector<NetInterface>& v);
 tVecStr ListenLines(const std::vector<cTcpListen>& v);
 tVecStr DiskInfoLines(const std::vector<cDiskInfo>& v);

@@ -117,55 +117,77 @@ TEST_F(LiveChange, HostNameEverywhereOrNowhere) {
 }
 
 TEST_F(LiveChange, FirewallRulesPoliciesAndTheirPersistence) {
-    Tool({"iptables", "-w", "5", "-F", "INPUT"});
-    Tool({"iptables", "-w", "5", "-F", "OUTPUT"});
+    Tool({"nft", "flush", "ruleset"});
     EXPECT_EQ(Send(33, "1 1 - 0 - 22 1"), em_ActSuccAll) << detail;
     EXPECT_EQ(Send(33, "2 2 10.0.0.0/8 53 - 0 2"), em_ActSuccAll) << detail;
     EXPECT_EQ(Send(33, "1 1 - 0 192.168.1.20 80 3"), em_ActSuccAll) << detail;
-    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}),
-              "-P INPUT ACCEPT\n"
-              "-A INPUT -d 192.168.1.20/32 -p tcp -m tcp --dport 80 -j REJECT --reject-with "
-              "icmp-port-unreachable\n"
-              "-A INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
-              "-A INPUT -s 10.0.0.0/8 -p udp -m udp --sport 53 -j DROP\n");
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}), "-P INPUT ACCEPT\n-A INPUT -j NORVANE-INPUT\n");
+    EXPECT_EQ(Tool({"iptables", "-S", "NORVANE-INPUT"}),
+              "-N NORVANE-INPUT\n"
+              "-A NORVANE-INPUT -d 192.168.1.20/32 -p tcp -m tcp --dport 80 -j REJECT "
+              "--reject-with icmp-port-unreachable\n"
+              "-A NORVANE-INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
+              "-A NORVANE-INPUT -s 10.0.0.0/8 -p udp -m udp --sport 53 -j DROP\n");
+    // The address-less rule applies to IPv6 too.
+    EXPECT_EQ(Tool({"ip6tables", "-S", "NORVANE-INPUT"}),
+              "-N NORVANE-INPUT\n-A NORVANE-INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n");
     EXPECT_EQ(Send(34, "9"), em_ActPostValueNotValid);
     EXPECT_EQ(detail, "There is no entry 9; the list has 3 entries, numbered 1 to 3.");
     EXPECT_EQ(Send(34, "2"), em_ActSuccAll) << detail;
-    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).find("--dport 22"), std::string::npos);
+    EXPECT_EQ(Tool({"iptables", "-S", "NORVANE-INPUT"}).find("--dport 22"), std::string::npos);
+    EXPECT_EQ(Tool({"ip6tables", "-S", "NORVANE-INPUT"}), "-N NORVANE-INPUT\n");
     EXPECT_EQ(Send(33, "1 1 300.1.1.1 0 - 22 1"), em_ActPostValueNotValid);
     EXPECT_EQ(Send(32, "2"), em_ActSuccAll) << detail;
     EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).substr(0, 14), "-P INPUT DROP\n");
+    EXPECT_EQ(Tool({"ip6tables", "-S", "INPUT"}).substr(0, 14), "-P INPUT DROP\n");
     EXPECT_EQ(Send(32, "2"), em_ActNeedNoSet);
     EXPECT_EQ(Send(32, "-"), em_ActPostValueNotValid);
     EXPECT_EQ(Send(37, "1 2 - 0 192.168.1.1 123 1"), em_ActSuccAll) << detail;
-    EXPECT_NE(Tool({"iptables", "-S", "OUTPUT"})
-                  .find("-A OUTPUT -d 192.168.1.1/32 -p udp -m udp --dport 123 -j ACCEPT"),
+    EXPECT_NE(Tool({"iptables", "-S", "NORVANE-OUTPUT"})
+                  .find("-A NORVANE-OUTPUT -d 192.168.1.1/32 -p udp -m udp --dport 123 -j ACCEPT"),
               std::string::npos);
     cConf_Inf conf;
     cSvrState svr;
     std::string err;
     ASSERT_TRUE(agent.Check(conf, svr, err)) << err;
-    ASSERT_EQ(svr.vsIptablesInputList.size(), 2u);
+    // The policy, the rules the drop policy keeps, the agent's two rules.
+    EXPECT_EQ(svr.vsIptablesInputList,
+              tVecStr({"Policy: drop", "     agent: loopback ACCEPT (kept for the drop policy)",
+                       "     agent: replies to established connections ACCEPT (kept for the drop "
+                       "policy)",
+                       "     agent: TCP of connections open before tracking started ACCEPT (kept "
+                       "for the drop policy)",
+                       "     agent: ICMPv6 (neighbour discovery) ACCEPT (kept for the drop "
+                       "policy) (IPv6)",
+                       "  1  tcp  any:any  -> 192.168.1.20:80  REJECT",
+                       "  2  udp  10.0.0.0/8:53  -> any:any  DROP"}));
     EXPECT_EQ(svr.chIptablesInputPolicy, '2');
-    ASSERT_EQ(svr.vsIptablesOutputList.size(), 1u);
+    ASSERT_EQ(svr.vsIptablesOutputList.size(), 2u);
 
-    // Kept in the data directory and restored when the agent starts.
-    std::string saved = nvtest::ReadFile(agent.DataDir() + "/firewall.rules");
-    EXPECT_NE(saved.find("-A OUTPUT -d 192.168.1.1/32"), std::string::npos) << saved;
+    // Only the agent's chains are kept in the data directory, and put back
+    // when the agent starts.
+    std::string saved = nvtest::ReadFile(agent.DataDir() + "/firewall-own.rules");
+    EXPECT_NE(saved.find("4 -A NORVANE-OUTPUT -d 192.168.1.1/32"), std::string::npos) << saved;
+    EXPECT_NE(saved.find("4 -P INPUT DROP"), std::string::npos) << saved;
     ASSERT_EQ(agent.Stop(), 0);
-    Tool({"iptables", "-w", "5", "-F", "INPUT"});
-    Tool({"iptables", "-w", "5", "-F", "OUTPUT"});
-    Tool({"iptables", "-w", "5", "-P", "INPUT", "ACCEPT"});
+    Tool({"nft", "flush", "ruleset"});
     ASSERT_TRUE(agent.Start(&err)) << err;
-    EXPECT_NE(Tool({"iptables", "-S", "OUTPUT"}).find("--dport 123"), std::string::npos);
-    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}).substr(0, 14), "-P INPUT DROP\n");
+    EXPECT_NE(Tool({"iptables", "-S", "NORVANE-OUTPUT"}).find("--dport 123"), std::string::npos);
+    EXPECT_EQ(Tool({"iptables", "-S", "INPUT"}), "-P INPUT DROP\n-A INPUT -j NORVANE-INPUT\n");
+    EXPECT_EQ(Tool({"ip6tables", "-S", "INPUT"}), "-P INPUT DROP\n-A INPUT -j NORVANE-INPUT\n");
 
     EXPECT_EQ(Send(39, ""), em_ActSuccAll) << detail;
-    EXPECT_EQ(Tool({"iptables", "-S", "OUTPUT"}), "-P OUTPUT ACCEPT\n");
+    EXPECT_EQ(Tool({"iptables", "-S", "NORVANE-OUTPUT"}), "-N NORVANE-OUTPUT\n");
     EXPECT_EQ(Send(39, ""), em_ActNeedNoSet);
     EXPECT_EQ(Send(38, "1"), em_ActPostValueNotValid);
     EXPECT_EQ(detail, "The list is empty.");
     EXPECT_EQ(Send(32, "1"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Tool({"iptables", "-S", "NORVANE-INPUT"}),
+              "-N NORVANE-INPUT\n"
+              "-A NORVANE-INPUT -d 192.168.1.20/32 -p tcp -m tcp --dport 80 -j REJECT "
+              "--reject-with icmp-port-unreachable\n"
+              "-A NORVANE-INPUT -s 10.0.0.0/8 -p udp -m udp --sport 53 -j DROP\n");
+    EXPECT_EQ(Tool({"ip6tables", "-S", "INPUT"}).substr(0, 16), "-P INPUT ACCEPT\n");
 }
 
 // The pids of the DHCP clients in the sandbox (ifdown's, releasing a lease,
@@ -280,7 +302,7 @@ TEST_F(LiveChange, TheJournalHoldsEachChangesOldAndNewValue) {
     EXPECT_EQ(line["old"], json({{"sHostname", host}})) << line;
     EXPECT_EQ(line["new"], json({{"sHostname", "journal-host"}})) << line;
 
-    Tool({"iptables", "-w", "5", "-F", "INPUT"});
+    Tool({"nft", "flush", "ruleset"});
     Tool({"iptables", "-w", "5", "-A", "INPUT", "-p", "udp", "--dport", "53", "-j", "ACCEPT"});
     ASSERT_EQ(Send(33, "1 1 - 0 - 22 1"), em_ActSuccAll) << detail;
     line = last();
@@ -290,7 +312,8 @@ TEST_F(LiveChange, TheJournalHoldsEachChangesOldAndNewValue) {
     EXPECT_NE(added.find(":22"), std::string::npos) << added;
     ASSERT_EQ(Send(35, ""), em_ActSuccAll) << detail;
     line = last();
-    EXPECT_EQ(line["old"]["vsIptablesInputList"].size(), 2u) << line;
+    // Another tool's rule is not the agent's to clear.
+    EXPECT_EQ(line["old"]["vsIptablesInputList"].size(), 1u) << line;
     EXPECT_EQ(line["new"], json::parse(R"({"vsIptablesInputList": []})")) << line;
 
     int code = -1;

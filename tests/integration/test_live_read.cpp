@@ -102,29 +102,34 @@ TEST_F(LiveRead, InterfacesAsIpShowsThem) {
     EXPECT_EQ(svr.vsIfconfigList.size(), count);
 }
 
-TEST_F(LiveRead, FirewallAsIptablesShowsIt) {
+TEST_F(LiveRead, OtherToolsRulesAndBothFamiliesPoliciesAsIptablesShowsThem) {
     Tool({"iptables", "-w", "5", "-A", "INPUT", "-p", "tcp", "--dport", "22", "-j", "ACCEPT"});
     Tool({"iptables", "-w", "5", "-A", "INPUT", "-i", "lo", "-j", "ACCEPT"});
     Tool({"iptables", "-w", "5", "-A", "OUTPUT", "-d", "10.1.2.3", "-p", "udp", "--sport", "53",
           "-j", "DROP"});
     Tool({"iptables", "-w", "5", "-P", "OUTPUT", "DROP"});
     Check();
-    ASSERT_EQ(svr.vsIptablesInputList.size(), 2u);
-    EXPECT_EQ(svr.vsIptablesInputList[0], "  1  tcp  any:any  -> any:22   ACCEPT");
-    EXPECT_EQ(svr.vsIptablesInputList[1], "  2  -i lo -j ACCEPT");
-    ASSERT_EQ(svr.vsIptablesOutputList.size(), 1u);
-    EXPECT_EQ(svr.vsIptablesOutputList[0], "  1  udp  any:53   -> 10.1.2.3:any  DROP");
+    EXPECT_EQ(svr.vsIptablesInputList,
+              std::vector<std::string>({"Policy: accept",
+                                        "     other: -p tcp -m tcp --dport 22 -j ACCEPT",
+                                        "     other: -i lo -j ACCEPT"}));
+    EXPECT_EQ(
+        svr.vsIptablesOutputList,
+        std::vector<std::string>({"Policy: IPv4 drop, IPv6 accept",
+                                  "     other: -d 10.1.2.3/32 -p udp -m udp --sport 53 -j DROP"}));
     EXPECT_EQ(svr.chIptablesInputPolicy, '1');
-    EXPECT_EQ(svr.chIptablesOutputPolicy, '2');
+    // The families differ: neither accept nor drop.
+    EXPECT_EQ(svr.chIptablesOutputPolicy, '0');
     // A change made by another tool between two checks is seen at the next.
     Tool({"iptables", "-w", "5", "-D", "INPUT", "1"});
     Tool({"iptables", "-w", "5", "-P", "INPUT", "DROP"});
+    Tool({"ip6tables", "-w", "5", "-P", "INPUT", "DROP"});
     Check();
-    ASSERT_EQ(svr.vsIptablesInputList.size(), 1u);
-    EXPECT_EQ(svr.vsIptablesInputList[0], "  1  -i lo -j ACCEPT");
+    EXPECT_EQ(svr.vsIptablesInputList,
+              std::vector<std::string>({"Policy: drop", "     other: -i lo -j ACCEPT"}));
     EXPECT_EQ(svr.chIptablesInputPolicy, '2');
     Check();
-    EXPECT_EQ(svr.vsIptablesInputList.size(), 1u);
+    EXPECT_EQ(svr.vsIptablesInputList.size(), 2u);
 }
 
 TEST_F(LiveRead, ListenersWithTheirProcess) {

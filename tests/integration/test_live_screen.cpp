@@ -57,16 +57,15 @@ TEST(LiveScreen, NetworkSwitchOnScreenReachesTheKernel) {
 TEST(LiveScreen, RuleAddedOnTheInputChainPageReachesTheKernel) {
     if (!nvtest::InSandbox())
         GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
-    nvtest::Tool({"iptables", "-w", "5", "-F", "INPUT"});
-    nvtest::Tool({"iptables", "-w", "5", "-P", "INPUT", "ACCEPT"});
+    nvtest::Tool({"nft", "flush", "ruleset"});
     nvtest::TempDir data;
     nvform::FormConsole c;
     c.SetAgentArgs({"--backend", "system", "--data-dir", data.File("data")});
     ASSERT_TRUE(c.Start("", LAN_ENGLISH, 24, 100));
     ScreenSession& s = c.S();
     ASSERT_TRUE(c.Open(nvform::kInputLeaf, PROMPT_SCKEY_POLICY));
-    ASSERT_TRUE(
-        Eventually(s, [&] { return nvform::ListPageShows(s, {}, 0, PROMPT_SCKEY_POLICY); }));
+    ASSERT_TRUE(Eventually(
+        s, [&] { return nvform::ListPageShows(s, {"Policy: accept"}, 0, PROMPT_SCKEY_POLICY); }));
     size_t from = c.JournalSize();
     s.SendKey(Key::F2);
     const std::string ip = "###.###.###.###";
@@ -93,9 +92,12 @@ TEST(LiveScreen, RuleAddedOnTheInputChainPageReachesTheKernel) {
     ASSERT_EQ(result, em_ActSuccAll);
     EXPECT_EQ(nvtest::Tool({"iptables", "-S", "INPUT"}),
               "-P INPUT ACCEPT\n"
-              "-A INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n");
+              "-A INPUT -j NORVANE-INPUT\n");
+    EXPECT_EQ(nvtest::Tool({"iptables", "-S", "NORVANE-INPUT"}),
+              "-N NORVANE-INPUT\n"
+              "-A NORVANE-INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n");
     tVecStr lines = c.LoadState()->objSS.vsIptablesInputList;
-    ASSERT_EQ(lines.size(), 1u);
+    ASSERT_EQ(lines, tVecStr({"Policy: accept", "  1  tcp  any:any  -> any:22   ACCEPT"}));
     ASSERT_TRUE(Eventually(s, [&] {
         return And(nvform::ListPageShows(s, lines, 0, PROMPT_SCKEY_POLICY),
                    nvform::InfoStartsWith(s, c.ResultText(em_ActSuccAll)));

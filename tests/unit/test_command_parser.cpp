@@ -244,7 +244,7 @@ TEST(SimListLines, FollowEveryChange) {
     ASSERT_EQ(e.Apply(33, "1 1 - 0 - 2222 2").iCode, em_ActSuccAll);
     s = e.engine->Snapshot();
     ASSERT_EQ(s.svr.vsIptablesInputList.size(), rules + 1);
-    EXPECT_NE(s.svr.vsIptablesInputList[0].find("2222"), std::string::npos);
+    EXPECT_NE(s.svr.vsIptablesInputList[1].find("2222"), std::string::npos);
     ASSERT_EQ(e.Apply(34, "1").iCode, em_ActSuccAll);
     EXPECT_EQ(e.engine->Snapshot().svr.vsIptablesInputList.size(), rules);
 

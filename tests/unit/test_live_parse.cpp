@@ -5,8 +5,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "agent/live/firewall/firewall_read.h"
+#include "agent/live/firewall/other_managers.h"
 #include "agent/live/ftp_config.h"
-#include "agent/live/live_firewall.h"
 #include "agent/live/live_services.h"
 #include "agent/live/live_settings.h"
 #include "agent/live/live_sysinfo.h"
@@ -19,37 +20,151 @@ using namespace nvagent;
 
 namespace {
 
-TEST(LiveFirewall, RulesOfOurShapeUseOurColumnsOthersAreShownAsIptablesPrintsThem) {
+TEST(LiveFirewall, OwnRulesIndexedInOurColumnsOtherToolsRulesAfterThemWithTheirOwner) {
     const char* text =
         "-P INPUT DROP\n"
         "-P FORWARD ACCEPT\n"
         "-P OUTPUT ACCEPT\n"
-        "-N custom\n"
-        "-A INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
-        "-A INPUT -s 10.0.0.0/8 -d 192.168.1.20/32 -p udp -m udp --sport 53 -j DROP\n"
+        "-N NORVANE-INPUT\n"
+        "-N NORVANE-OUTPUT\n"
+        "-N f2b-sshd\n"
+        "-A INPUT -p tcp -m multiport --dports 22 -j f2b-sshd\n"
+        "-A INPUT -j ufw-before-input\n"
         "-A INPUT -i lo -j ACCEPT\n"
-        "-A custom -j RETURN\n"
-        "-A OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with icmp-port-unreachable\n"
-        "-A OUTPUT -p tcp -m tcp --dport 26 -j REJECT --reject-with tcp-reset\n";
+        "-A INPUT -j NORVANE-INPUT\n"
+        "-A NORVANE-INPUT -i lo -m comment --comment norvane-keep -j ACCEPT\n"
+        "-A NORVANE-INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
+        "-A NORVANE-INPUT -s 10.0.0.0/8 -d 192.168.1.20/32 -p udp -m udp --sport 53 -j DROP\n"
+        "-A NORVANE-INPUT -p tcp -m tcp --dport 27 -j LOG\n"
+        "-A f2b-sshd -j RETURN\n"
+        "-A OUTPUT -j NORVANE-OUTPUT\n"
+        "-A NORVANE-OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with "
+        "icmp-port-unreachable\n";
+    std::string text6 =
+        "-P INPUT ACCEPT\n"
+        "-P OUTPUT ACCEPT\n"
+        "-N NORVANE-INPUT\n"
+        "-A INPUT -j NORVANE-INPUT\n"
+        "-A NORVANE-INPUT -p tcp -m tcp --dport 22 -j ACCEPT\n"
+        "-A NORVANE-OUTPUT -p tcp -m tcp --dport 25 -j REJECT --reject-with "
+        "icmp6-port-unreachable\n";
     ChainView in, out;
-    ParseIptablesRules(text, in, out);
-    EXPECT_EQ(in.policy, '2');
+    ParseIptablesRules(text, in, out, &text6);
+    EXPECT_EQ(in.policy, '0');
     EXPECT_EQ(out.policy, '1');
-    ASSERT_EQ(in.lines.size(), 3u);
-    EXPECT_EQ(in.lines[0], "  1  tcp  any:any  -> any:22   ACCEPT");
-    EXPECT_EQ(in.lines[1], "  2  udp  10.0.0.0/8:53  -> 192.168.1.20:any  DROP");
-    EXPECT_EQ(in.lines[2], "  3  -i lo -j ACCEPT");
-    ASSERT_EQ(out.lines.size(), 2u);
-    EXPECT_EQ(out.lines[0], "  1  tcp  any:any  -> any:25   REJECT");
-    EXPECT_EQ(out.lines[1], "  2  -p tcp -m tcp --dport 26 -j REJECT --reject-with tcp-reset");
-    EXPECT_EQ(in.specs[2], "-i lo -j ACCEPT");
+    EXPECT_TRUE(in.v4.jump);
+    EXPECT_TRUE(in.v4.own);
+    EXPECT_FALSE(out.v6.jump);
+    ASSERT_EQ(in.specs.size(), 3u);
+    EXPECT_EQ(in.lines, std::vector<std::string>({
+                            "Policy: IPv4 drop, IPv6 accept",
+                            "     agent: loopback ACCEPT (kept for the drop policy)",
+                            "  1  tcp  any:any  -> any:22   ACCEPT",
+                            "  2  udp  10.0.0.0/8:53  -> 192.168.1.20:any  DROP",
+                            "  3  -p tcp -m tcp --dport 27 -j LOG",
+                            "     fail2ban: -p tcp -m multiport --dports 22 -j f2b-sshd",
+                            "     ufw: -j ufw-before-input",
+                            "     other: -i lo -j ACCEPT",
+                        }));
+    EXPECT_EQ(out.lines, std::vector<std::string>(
+                             {"Policy: accept", "  1  tcp  any:any  -> any:25   REJECT"}));
+    FwRule r;
+    EXPECT_TRUE(AsOwnRule(out.v6.specs[0], r));
+    EXPECT_EQ(r.action, kActReject);
+}
+
+TEST(LiveFirewall, OwnersToldFromTheJumpsTarget) {
+    EXPECT_EQ(RuleOwner("-j ufw6-before-input"), "ufw");
+    EXPECT_EQ(RuleOwner("-s 10.1.1.1/32 -j f2b-sshd"), "fail2ban");
+    EXPECT_EQ(RuleOwner("-j DOCKER-USER"), "docker");
+    EXPECT_EQ(RuleOwner("-j INPUT_direct"), "firewalld");
+    EXPECT_EQ(RuleOwner("-p tcp -j ACCEPT"), "other");
+    EXPECT_EQ(RuleOwner("-i lo"), "other");
+}
+
+TEST(LiveFirewall, OtherBaseChainsOnTheInputAndOutputHooksButIptablesOwn) {
+    const char* text =
+        "table inet filter {\n"
+        "\tchain input {\n"
+        "\t\ttype filter hook input priority filter; policy drop;\n"
+        "\t}\n"
+        "\tchain forward {\n"
+        "\t\ttype filter hook forward priority filter; policy drop;\n"
+        "\t}\n"
+        "\tchain output {\n"
+        "\t\ttype filter hook output priority filter; policy accept;\n"
+        "\t}\n"
+        "}\n"
+        "table ip filter {\n"
+        "\tchain INPUT {\n"
+        "\t\ttype filter hook input priority filter; policy accept;\n"
+        "\t}\n"
+        "\tchain NORVANE-INPUT {\n"
+        "\t}\n"
+        "}\n"
+        "table inet firewalld {\n"
+        "\tchain filter_INPUT {\n"
+        "\t\ttype filter hook input priority filter + 10; policy accept;\n"
+        "\t}\n"
+        "}\n";
+    std::vector<BaseChain> c = ParseNftChains(text);
+    ASSERT_EQ(c.size(), 3u);
+    EXPECT_EQ(c[0].owner, "nftables");
+    EXPECT_EQ(c[0].table, "inet filter");
+    EXPECT_EQ(c[0].chain, "input");
+    EXPECT_TRUE(c[0].drop);
+    EXPECT_EQ(c[1].hook, 1);
+    EXPECT_FALSE(c[1].drop);
+    EXPECT_EQ(c[2].owner, "firewalld");
+    OtherFilters f;
+    f.chains = c;
+    EXPECT_EQ(OtherFilterLines(f, 0),
+              std::vector<std::string>(
+                  {"     nftables: table inet filter, chain input on the input hook, policy drop",
+                   "     firewalld: table inet firewalld, chain filter_INPUT on the input hook, "
+                   "policy accept"}));
+    EXPECT_NE(OtherFiltersNote(f, 0, true).find("nftables's table inet filter, chain input"),
+              std::string::npos);
+    EXPECT_EQ(OtherFiltersNote(f, 0, false), "");
+    EXPECT_EQ(OtherFiltersNote(f, 1, true), "");
+}
+
+TEST(LiveFirewall, FirewalldRunningGetsFirewallCmdsOwnCommand) {
+    ChainView views[2];
+    EXPECT_EQ(ActiveManager(views), "");
+    views[0].filters.chains.push_back(
+        {"firewalld", "inet firewalld", "filter_INPUT", 0, false, "accept"});
+    ASSERT_EQ(ActiveManager(views), "firewalld");
+    RuleAddRequest q{kChainInput, false, FwRule()};
+    q.chain = kChainInput;
+    q.rule.src = "10.0.0.0/8";
+    q.rule.dport = 22;
+    CmdResult r = ManagerAddRule("firewalld", q);
+    EXPECT_EQ(r.iCode, em_ActFail);
+    EXPECT_EQ(r.sDetail,
+              "firewalld manages this server's firewall, so the agent leaves the change to it: "
+              "firewall-cmd --permanent --add-rich-rule='rule family=\"ipv4\" source "
+              "address=\"10.0.0.0/8\" port port=\"22\" protocol=\"tcp\" accept', then "
+              "firewall-cmd --reload.");
+    q.chain = kChainOutput;
+    q.top = true;
+    q.rule.action = kActDrop;
+    EXPECT_NE(ManagerAddRule("firewalld", q)
+                  .sDetail.find("--direct --add-rule ipv4 filter OUTPUT 0 -p tcp -s 10.0.0.0/8 "
+                                "--dport 22 -j DROP, then"),
+              std::string::npos);
+    PolicyRequest p{kChainInput, kActDrop};
+    p.chain = kChainInput;
+    p.policy = kActDrop;
+    EXPECT_NE(ManagerPolicy("firewalld", p).sDetail.find("--set-target=DROP"), std::string::npos);
 }
 
 TEST(LiveFirewall, NoOutputGivesEmptyChainsWithUnknownPolicy) {
     ChainView in, out;
     ParseIptablesRules("", in, out);
     EXPECT_EQ(in.policy, '0');
-    EXPECT_TRUE(in.lines.empty());
+    EXPECT_EQ(in.lines, std::vector<std::string>({"Policy: unknown"}));
+    EXPECT_TRUE(in.specs.empty());
 }
 
 TEST(LiveServices, FtpOptionsFromTheConfigurationFile) {

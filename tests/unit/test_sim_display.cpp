@@ -64,9 +64,11 @@ TEST_F(SimDisplay, ListsInTheFileAreServedVerbatimUntilAChange) {
               "  2  /dev/sdb1   ceil     900 MB  floor      90 MB  interval       9 MB");
     EXPECT_EQ(d.svr.vsIfconfigList, (tVecStr{"custom interface line"}));
 
-    // Clearing a chain whose only data was verbatim lines empties the display.
+    // Clearing a chain whose only data was verbatim lines leaves its policy.
     ASSERT_EQ(e.Apply(35, "").iCode, em_ActSuccAll);
-    EXPECT_TRUE(nvtest::Decode(e.Body()).svr.vsIptablesInputList.empty());
+    tVecStr cleared = nvtest::Decode(e.Body()).svr.vsIptablesInputList;
+    ASSERT_EQ(cleared.size(), 1u);
+    EXPECT_EQ(cleared[0].substr(0, 8), "Policy: ");
     ASSERT_EQ(e.Apply(52, "eth0").iCode, em_ActSuccAll);
     EXPECT_EQ(
         nvtest::Decode(e.Body()).svr.vsIfconfigList,
@@ -92,13 +94,13 @@ TEST_F(SimDisplay, MissingListsAreGeneratedAtLoad) {
                  "127.0.0.1        5432       921  postgres",
                  "127.0.0.1        6379       955  redis-server"}));
     EXPECT_EQ(d.svr.vsIptablesInputList,
-              (tVecStr{"  1  tcp  192.168.1.0/24:any  -> any:22   ACCEPT",
+              (tVecStr{"Policy: drop", "  1  tcp  192.168.1.0/24:any  -> any:22   ACCEPT",
                        "  2  tcp  any:any             -> any:80   ACCEPT",
                        "  3  tcp  any:any             -> any:443  ACCEPT",
                        "  4  tcp  192.168.1.0/24:any  -> any:21   ACCEPT",
                        "  5  udp  any:any             -> any:161  DROP"}));
     EXPECT_EQ(d.svr.vsIptablesOutputList,
-              (tVecStr{"  1  udp  any:any  -> 192.168.1.1:53  ACCEPT",
+              (tVecStr{"Policy: accept", "  1  udp  any:any  -> 192.168.1.1:53  ACCEPT",
                        "  2  tcp  any:any  -> any:25          REJECT"}));
     EXPECT_EQ(
         d.svr.vsIfconfigList,

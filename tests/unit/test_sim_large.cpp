@@ -21,12 +21,13 @@ TEST(SimLargeState, LoadsAndServesEveryEntry) {
     nvtest::DecodedState d = nvtest::Decode(e.Body());
     EXPECT_EQ(d.svr.vTcpListen.size(), 10000u);
     EXPECT_EQ(d.svr.vsTcpListenList.size(), 10000u);
-    EXPECT_EQ(d.svr.vsIptablesInputList.size(), 5000u);
-    EXPECT_EQ(d.svr.vsIptablesOutputList.size(), 5000u);
-    EXPECT_EQ(d.svr.vsIptablesInputList[0].substr(0, 6), "   1  ");
-    EXPECT_EQ(d.svr.vsIptablesInputList[4999].substr(0, 6), "5000  ");
+    // The policy line, then the rules.
+    EXPECT_EQ(d.svr.vsIptablesInputList.size(), 5001u);
+    EXPECT_EQ(d.svr.vsIptablesOutputList.size(), 5001u);
+    EXPECT_EQ(d.svr.vsIptablesInputList[1].substr(0, 6), "   1  ");
+    EXPECT_EQ(d.svr.vsIptablesInputList[5000].substr(0, 6), "5000  ");
     ASSERT_EQ(e.Apply(34, "5000").iCode, em_ActSuccAll);
-    EXPECT_EQ(nvtest::Decode(e.Body()).svr.vsIptablesInputList.size(), 4999u);
+    EXPECT_EQ(nvtest::Decode(e.Body()).svr.vsIptablesInputList.size(), 5000u);
 }
 
 // The cached body, its date and time patched in place as the clock moves,

@@ -92,19 +92,19 @@ TEST_F(SimValues, RulePriorityPlacesTheRule) {
     EXPECT_EQ(s.inputRules[0].src, "10.1.2.3");
     EXPECT_EQ(s.inputRules[0].dport, 53);
     EXPECT_EQ(s.inputRules[0].action, nvagent::kActDrop);
-    EXPECT_EQ(s.svr.vsIptablesInputList[0], "  1  udp  10.1.2.3:any        -> any:53   DROP");
+    EXPECT_EQ(s.svr.vsIptablesInputList[1], "  1  udp  10.1.2.3:any        -> any:53   DROP");
     s = Apply7(33, "2 1 - 1024 - 0 3");
     EXPECT_EQ(s.inputRules.back().sport, 1024);
     EXPECT_EQ(s.inputRules.back().action, nvagent::kActReject);
-    EXPECT_EQ(s.svr.vsIptablesInputList.size(), 7u);
+    EXPECT_EQ(s.svr.vsIptablesInputList.size(), 8u);
 }
 
 TEST_F(SimValues, RuleDeleteRemovesTheIndexedRule) {
     nvagent::SimState s = Apply7(38, "1");
     ASSERT_EQ(s.outputRules.size(), 1u);
     EXPECT_EQ(s.outputRules[0].dport, 25);
-    ASSERT_EQ(s.svr.vsIptablesOutputList.size(), 1u);
-    EXPECT_EQ(s.svr.vsIptablesOutputList[0].substr(0, 5), "  1  ");
+    ASSERT_EQ(s.svr.vsIptablesOutputList.size(), 2u);
+    EXPECT_EQ(s.svr.vsIptablesOutputList[1].substr(0, 5), "  1  ");
 }
 
 TEST_F(SimValues, PoliciesAreDigitCharacters) {

@@ -128,14 +128,14 @@ private:
         CmdResult operator()(const TimeRequest& q) {
             return ChangeTime(q, Setter(), time(nullptr));
         }
-        CmdResult operator()(const PolicyRequest& q) { return ChangePolicy(q, b.Rules()); }
-        CmdResult operator()(const RuleAddRequest& q) { return AddRule(q, b.Rules()); }
+        CmdResult operator()(const PolicyRequest& q) { return ChangePolicy(q, b.m_opts.sDataDir); }
+        CmdResult operator()(const RuleAddRequest& q) { return AddRule(q, b.m_opts.sDataDir); }
         CmdResult operator()(const DeleteRequest& q) {
-            return DeleteRule(q.cmd == 34 ? kChainInput : kChainOutput, q.index, b.Rules());
+            return DeleteRule(q.cmd == 34 ? kChainInput : kChainOutput, q.index, b.m_opts.sDataDir);
         }
         CmdResult operator()(const PlainRequest& q) {
             if (q.cmd == 35 || q.cmd == 39)
-                return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.Rules());
+                return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.m_opts.sDataDir);
             if (q.cmd == 47)
                 return RestoreFtpDefaults(b.m_opts.sDataDir);
             if (q.cmd == 51)
@@ -152,8 +152,6 @@ private:
                         " is not carried out by this agent on a live system yet."};
         }
     };
-
-    std::string Rules() const { return FirewallRulesFile(m_opts.sDataDir); }
 
     // The agent's own settings: changed on a copy, saved, then kept; a
     // monitor's change reaches the running monitors at once. Called with

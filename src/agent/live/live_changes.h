@@ -22,17 +22,15 @@ extern const char* const kSysctlFile;
 // live_hostname.cpp: the running name, /etc/hostname and /etc/hosts.
 CmdResult ChangeHostName(const HostNameRequest& q);
 
-// live_firewall_change.cpp: iptables-restore batches; rules kept in
-// rulesFile (the distribution's place or the data directory).
-CmdResult ChangePolicy(const PolicyRequest& q, const std::string& rulesFile);
-CmdResult AddRule(const RuleAddRequest& q, const std::string& rulesFile);
-CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string& rulesFile);
-CmdResult ClearRules(FwChain chain, const std::string& rulesFile);
-// The file the rules persist in: the persistence package's file when that
-// package is installed, else firewall.rules in the data directory.
-std::string FirewallRulesFile(const std::string& dataDir, bool* distribution = nullptr);
-// Loads the data directory's rules file at start-up (when the agent keeps
-// the rules itself); false with err when iptables-restore refuses it.
+// firewall/firewall_change.cpp: the agent's own chains, saved in the data
+// directory.
+CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir);
+CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir);
+CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string& dataDir);
+CmdResult ClearRules(FwChain chain, const std::string& dataDir);
+// Puts the agent's saved chains back at start-up (nothing else) and from
+// then on whenever a check finds them gone; false with err when the
+// restore tool refuses them.
 bool RestoreFirewall(const std::string& dataDir, std::string& err);
 
 // live_interfaces_change.cpp: the owning network manager's configuration.

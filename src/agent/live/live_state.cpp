@@ -4,8 +4,8 @@
 #include <ctime>
 
 #include "agent/display_lines.h"
+#include "agent/live/firewall/firewall_read.h"
 #include "agent/live/live_files.h"
-#include "agent/live/live_firewall.h"
 #include "agent/live/live_interfaces.h"
 #include "agent/live/live_kernel.h"
 #include "agent/live/live_listen.h"

@@ -1,5 +1,6 @@
 // The simulator's two firewall chains: policy, add, delete and clear. Both
-// chains share the code through a table row naming the chain's fields.
+// chains share the code through a table row naming the chain's fields. The
+// page's lines start with the policy, as the live agent's do.
 #include "agent/commands/state_checks.h"
 #include "agent/display_lines.h"
 #include "agent/sim/sim_apply.h"
@@ -35,6 +36,7 @@ CmdResult SimPolicy(SimContext& c, const PolicyRequest& q) {
                          kActionNames[q.policy - 1] + ".");
     }
     policy = want;
+    c.st.svr.*ch.lines = ChainLines(policy, c.st.*ch.rules);
     return Done();
 }
 
@@ -42,7 +44,7 @@ CmdResult SimRuleAdd(SimContext& c, const RuleAddRequest& q) {
     const Chain& ch = kChains[q.chain];
     std::vector<FwRule>& rules = c.st.*ch.rules;
     rules.insert(q.top ? rules.begin() : rules.end(), q.rule);
-    c.st.svr.*ch.lines = RuleLines(rules);
+    c.st.svr.*ch.lines = ChainLines(c.st.svr.*ch.policy, rules);
     return Done();
 }
 
@@ -53,7 +55,7 @@ CmdResult SimRuleDelete(SimContext& c, FwChain chain, unsigned long long index) 
     if (!CheckDeleteIndex(index, rules.size(), r))
         return r;
     rules.erase(rules.begin() + static_cast<long>(index - 1));
-    c.st.svr.*ch.lines = RuleLines(rules);
+    c.st.svr.*ch.lines = ChainLines(c.st.svr.*ch.policy, rules);
     return Done();
 }
 
@@ -61,10 +63,11 @@ CmdResult SimRuleClear(SimContext& c, FwChain chain) {
     const Chain& ch = kChains[chain];
     std::vector<FwRule>& rules = c.st.*ch.rules;
     tVecStr& lines = c.st.svr.*ch.lines;
-    if (rules.empty() && lines.empty())
+    // A state file may give the lines without the rules they come from.
+    if (rules.empty() && (lines.empty() || lines == ChainLines(c.st.svr.*ch.policy, rules)))
         return Unchanged(std::string("The ") + ch.name + " chain is already empty.");
     rules.clear();
-    lines.clear();
+    lines = ChainLines(c.st.svr.*ch.policy, rules);
     return Done();
 }
 

@@ -118,9 +118,9 @@ void FillMissingLines(const Json& j, SimState& st) {
         {"vsDiskInfoList", &st.svr.vsDiskInfoList,
          [&st] { return DiskInfoLines(st.svr.vDiskInfo); }},
         {"vsIptablesInputList", &st.svr.vsIptablesInputList,
-         [&st] { return RuleLines(st.inputRules); }},
+         [&st] { return ChainLines(st.svr.chIptablesInputPolicy, st.inputRules); }},
         {"vsIptablesOutputList", &st.svr.vsIptablesOutputList,
-         [&st] { return RuleLines(st.outputRules); }},
+         [&st] { return ChainLines(st.svr.chIptablesOutputPolicy, st.outputRules); }},
         {"vsIfconfigList", &st.svr.vsIfconfigList, [&st] { return InterfaceLines(st.interfaces); }},
     };
     for (const Gen& g : gens) {
