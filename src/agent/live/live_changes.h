@@ -35,7 +35,7 @@ std::string FirewallRulesFile(const std::string& dataDir, bool* distribution = n
 // the rules itself); false with err when iptables-restore refuses it.
 bool RestoreFirewall(const std::string& dataDir, std::string& err);
 
-// live_interfaces_change.cpp: the owning network manager's configuration.
+// interfaces/interfaces_change.cpp: the owning network manager's configuration.
 CmdResult ChangeInterface(const InterfaceRequest& q);
 CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q);
 

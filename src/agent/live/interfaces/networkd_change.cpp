@@ -11,11 +11,11 @@
 #include <cerrno>
 
 #include "agent/atomic_file.h"
-#include "agent/live/interface_managers.h"
-#include "agent/live/interface_state.h"
+#include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_state.h"
+#include "agent/live/interfaces/live_resolv_conf.h"
+#include "agent/live/interfaces/networkd_config.h"
 #include "agent/live/live_files.h"
-#include "agent/live/live_resolv_conf.h"
-#include "agent/live/networkd_config.h"
 #include "agent/live/run_process.h"
 
 namespace nvagent {
