@@ -22,15 +22,6 @@ namespace {
 
 const int kMaxIncludeDepth = 8;
 
-std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    std::string line;
-    while (std::getline(in, line))
-        out.push_back(line);
-    return out;
-}
-
 bool IsAutoWord(const std::string& w) {
     return w == "auto" || w.compare(0, 6, "allow-") == 0;
 }
@@ -86,7 +77,7 @@ void Collect(const std::string& path, int depth, std::vector<IfupdownFile>& out)
         return;
     out.push_back(file);
     std::string base = DirOf(path);
-    for (const std::string& l : Lines(file.text)) {
+    for (const std::string& l : SplitLines(file.text)) {
         std::vector<std::string> w = SplitWords(l);
         if (w.size() < 2)
             continue;
@@ -124,7 +115,7 @@ std::string Edit(const std::string& text, const std::string& name, const std::st
     std::string out;
     bool in = false;
     bool placed = false;
-    for (const std::string& l : Lines(text)) {
+    for (const std::string& l : SplitLines(text)) {
         if (StartsStanza(l)) {
             in = IsIfaceOf(l, name);
             if (in && !placed) {
@@ -176,7 +167,7 @@ std::vector<IfupdownFile> ReadIfupdownFiles(const std::string& mainPath) {
 
 int StanzaFileIndex(const std::vector<IfupdownFile>& files, const std::string& name) {
     for (size_t i = 0; i < files.size(); ++i) {
-        for (const std::string& l : Lines(files[i].text)) {
+        for (const std::string& l : SplitLines(files[i].text)) {
             if (IsIfaceOf(l, name))
                 return static_cast<int>(i);
         }
@@ -187,7 +178,7 @@ int StanzaFileIndex(const std::vector<IfupdownFile>& files, const std::string& n
 std::string IfaceStanza(const std::string& text, const std::string& name) {
     std::string out;
     bool in = false;
-    for (const std::string& l : Lines(text)) {
+    for (const std::string& l : SplitLines(text)) {
         if (StartsStanza(l))
             in = IsIfaceOf(l, name);
         if (in && !IsBlank(l))
@@ -197,7 +188,7 @@ std::string IfaceStanza(const std::string& text, const std::string& name) {
 }
 
 bool IsAutoStarted(const std::string& text, const std::string& name) {
-    for (const std::string& l : Lines(text)) {
+    for (const std::string& l : SplitLines(text)) {
         std::vector<std::string> w = SplitWords(l);
         if (w.empty() || !IsAutoWord(w[0]))
             continue;

@@ -17,6 +17,11 @@ CmdResult IfupdownManual(const NetInterface& n, const InterfaceManualRequest& q)
 CmdResult NetworkdChange(const NetInterface& n, short cmd);
 CmdResult NetworkdManual(const NetInterface& n, const InterfaceManualRequest& q);
 
+// networkmanager_change.cpp: the device's profile through nmcli, inside a
+// checkpoint.
+CmdResult NetworkManagerChange(const NetInterface& n, short cmd);
+CmdResult NetworkManagerManual(const NetInterface& n, const InterfaceManualRequest& q);
+
 // unmanaged_change.cpp: ip and a DHCP client of the agent's, live only.
 CmdResult UnmanagedChange(const NetInterface& n, short cmd);
 CmdResult UnmanagedManual(const NetInterface& n, const InterfaceManualRequest& q);

@@ -28,7 +28,9 @@ bool Owner(const NetInterface& n, IfaceOwner& owner, CmdResult& r) {
             r = Failed(n.name + " is configured by netplan (" + o.file + "); change it there.");
             return false;
         case IfaceOwner::kNetworkManager:
-            r = Failed(n.name + " is managed by NetworkManager; change it with nmcli.");
+            if (!FindTool("nmcli").empty())
+                return true;
+            r = Failed(n.name + " is managed by NetworkManager, but nmcli is missing.");
             return false;
         case IfaceOwner::kIfupdown:
         case IfaceOwner::kNone:
@@ -67,6 +69,8 @@ CmdResult ChangeInterface(const InterfaceRequest& q) {
             return NetworkdChange(n, q.cmd);
         case IfaceOwner::kIfupdown:
             return IfupdownChange(n, q.cmd);
+        case IfaceOwner::kNetworkManager:
+            return NetworkManagerChange(n, q.cmd);
         default:
             return UnmanagedChange(n, q.cmd);
     }
@@ -87,6 +91,8 @@ CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q) {
             return NetworkdManual(n, q);
         case IfaceOwner::kIfupdown:
             return IfupdownManual(n, q);
+        case IfaceOwner::kNetworkManager:
+            return NetworkManagerManual(n, q);
         default:
             return UnmanagedManual(n, q);
     }
