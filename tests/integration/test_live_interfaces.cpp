@@ -308,13 +308,16 @@ TEST_F(LiveInterfaces, ANetplanFileNamingTheInterfaceOwnsIt) {
         nvtest::WriteFile("/etc/netplan/01-net.yaml",
                           "network:\n  version: 2\n  ethernets:\n    eth7:\n      dhcp4: true\n"));
     EXPECT_EQ(Send(55, "nv0 10.77.0.60 255.255.255.0 - - -"), em_ActSuccAll) << detail;
-    ASSERT_TRUE(
-        nvtest::WriteFile("/etc/netplan/01-net.yaml",
-                          "network:\n  version: 2\n  ethernets:\n    nv0:\n      dhcp4: true\n"));
+    const std::string own = "network:\n  version: 2\n  ethernets:\n    nv0:\n      dhcp4: true\n";
+    ASSERT_TRUE(nvtest::WriteFile("/etc/netplan/01-net.yaml", own));
+    chmod("/etc/netplan/01-net.yaml", 0600);
+    // netplan's renderer (networkd) does not run here: the change fails
+    // through netplan, and neither ifupdown's nor netplan's files change.
     std::string before = Interfaces();
-    EXPECT_EQ(Send(54, "nv0"), em_ActFail);
-    EXPECT_NE(detail.find("netplan"), std::string::npos) << detail;
+    EXPECT_EQ(Send(54, "nv0"), em_ActFail) << detail;
+    EXPECT_NE(detail.find("the old settings were put back"), std::string::npos) << detail;
     EXPECT_EQ(Interfaces(), before);
+    EXPECT_EQ(nvtest::ReadFile("/etc/netplan/01-net.yaml"), own);
     Tool({"rm", "-rf", "/etc/netplan"});
 }
 

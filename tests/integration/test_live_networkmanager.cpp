@@ -146,18 +146,8 @@ TEST_F(LiveNetworkManager, AnUnmanagedInterfaceIsLeftToIfupdown) {
 
 TEST_F(LiveNetworkManager, NoLeaseRollsBackThroughTheCheckpoint) {
     // The DHCP server goes away (and comes back for the cases after).
-    std::string pidFile = "/run/nv-sandbox/dnsmasq.pid";
-    pid_t dnsmasq = static_cast<pid_t>(atoi(nvtest::ReadFile(pidFile).c_str()));
-    ASSERT_GT(dnsmasq, 1);
-    std::string cmdline = nvtest::ReadFile("/proc/" + std::to_string(dnsmasq) + "/cmdline");
-    std::vector<std::string> argv = {"/usr/bin/env", "ip", "netns", "exec", "peer"};
-    for (size_t start = 0; start < cmdline.size();) {
-        size_t end = cmdline.find('\0', start);
-        argv.push_back(cmdline.substr(start, end - start));
-        start = end + 1;
-    }
-    ASSERT_EQ(kill(dnsmasq, SIGTERM), 0);
-    nvtest::WaitForeignExit(dnsmasq, 5000);
+    nvtest::DhcpServerPause noServer;
+    ASSERT_TRUE(noServer.Stopped());
     std::string keyfile = nvtest::ReadFile(kKeyfile);
     EXPECT_EQ(Send(54, "nv0"), em_ActFail) << detail;
     EXPECT_NE(detail.find("NetworkManager put the old settings back"), std::string::npos) << detail;
@@ -165,9 +155,6 @@ TEST_F(LiveNetworkManager, NoLeaseRollsBackThroughTheCheckpoint) {
     EXPECT_NE(DefaultRoute().find("default via 10.77.0.1 dev nv0"), std::string::npos);
     EXPECT_EQ(Profile("ipv4.method,ipv4.addresses"), "manual\n10.77.0.5/24\n");
     EXPECT_NE(nvtest::ReadFile(kKeyfile).find("address1=10.77.0.5/24"), std::string::npos);
-    pid_t again = nvtest::SpawnProcess(argv, "/dev/null", "/dev/null");
-    ASSERT_GT(again, 0);
-    nvtest::WriteFile(pidFile, std::to_string(again) + "\n");
 }
 
 TEST_F(LiveNetworkManager, ANetworkManagerOfAnotherNamespaceIsNotTheAgents) {

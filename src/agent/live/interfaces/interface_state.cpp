@@ -25,6 +25,7 @@ namespace {
 
 const int kIpLimitMs = 20000;
 const int kPollMs = 100;
+const int kStableMs = 500;
 
 bool Read(const std::string& name, NetInterface& out) {
     std::vector<NetInterface> all;
@@ -273,6 +274,15 @@ bool WaitForInterface(const std::string& name,
             return false;
         usleep(kPollMs * 1000);
     }
+}
+
+void WaitForOldState(const NetInterface& old, int timeoutMs) {
+    WaitForInterface(
+        old.name,
+        [&old](const NetInterface& i) {
+            return i.up == old.up && i.ip == old.ip && i.mask == old.mask;
+        },
+        timeoutMs, kStableMs);
 }
 
 }  // namespace nvagent

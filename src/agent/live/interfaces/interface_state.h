@@ -57,6 +57,10 @@ bool WaitForInterface(const std::string& name,
                       const std::function<bool(const NetInterface&)>& wanted, int timeoutMs,
                       int stableMs = 0);
 
+// Waits (up to timeoutMs) until the interface shows old's link state,
+// address and mask again, as a daemon puts its old configuration back.
+void WaitForOldState(const NetInterface& old, int timeoutMs);
+
 }  // namespace nvagent
 
 #endif

@@ -15,9 +15,8 @@ namespace {
 
 // The owner of n, or false with the answer in r when its tool cannot do
 // the change here.
-bool Owner(const NetInterface& n, IfaceOwner& owner, CmdResult& r) {
-    Ownership o = FindOwner(n);
-    owner = o.owner;
+bool Owner(const NetInterface& n, Ownership& o, CmdResult& r) {
+    o = FindOwner(n);
     switch (o.owner) {
         case IfaceOwner::kNetworkd:
             if (!FindTool("networkctl").empty())
@@ -25,7 +24,11 @@ bool Owner(const NetInterface& n, IfaceOwner& owner, CmdResult& r) {
             r = Failed(n.name + " is managed by systemd-networkd, but networkctl is missing.");
             return false;
         case IfaceOwner::kNetplan:
-            r = Failed(n.name + " is configured by netplan (" + o.file + "); change it there.");
+            if (o.renderer == "networkd" && !FindTool("netplan").empty() &&
+                !FindTool("networkctl").empty())
+                return true;
+            r = Failed(n.name + " is configured by netplan (" + o.file + ", rendered by " +
+                       o.renderer + "), whose tools are missing here; change it there.");
             return false;
         case IfaceOwner::kNetworkManager:
             if (!FindTool("nmcli").empty())
@@ -61,16 +64,18 @@ CmdResult ChangeInterface(const InterfaceRequest& q) {
         return Unchanged(n.name + " is already down.");
     if (q.cmd == 53 && n.up)
         return Unchanged(n.name + " is already up.");
-    IfaceOwner owner;
-    if (!Owner(n, owner, r))
+    Ownership o;
+    if (!Owner(n, o, r))
         return r;
-    switch (owner) {
+    switch (o.owner) {
         case IfaceOwner::kNetworkd:
             return NetworkdChange(n, q.cmd);
         case IfaceOwner::kIfupdown:
             return IfupdownChange(n, q.cmd);
         case IfaceOwner::kNetworkManager:
             return NetworkManagerChange(n, q.cmd);
+        case IfaceOwner::kNetplan:
+            return NetplanChange(n, q.cmd, o.file);
         default:
             return UnmanagedChange(n, q.cmd);
     }
@@ -83,16 +88,18 @@ CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q) {
         return r;
     if (n.name == "lo")
         return Invalid("The loopback interface keeps its fixed address.");
-    IfaceOwner owner;
-    if (!Owner(n, owner, r))
+    Ownership o;
+    if (!Owner(n, o, r))
         return r;
-    switch (owner) {
+    switch (o.owner) {
         case IfaceOwner::kNetworkd:
             return NetworkdManual(n, q);
         case IfaceOwner::kIfupdown:
             return IfupdownManual(n, q);
         case IfaceOwner::kNetworkManager:
             return NetworkManagerManual(n, q);
+        case IfaceOwner::kNetplan:
+            return NetplanManual(n, q, o.file);
         default:
             return UnmanagedManual(n, q);
     }

@@ -111,10 +111,7 @@ CmdResult Apply(const NetInterface& n, const std::string& uuid,
         return Done();
     std::string ignored;
     RollbackCheckpoint(checkpoint, ignored);
-    WaitForInterface(
-        n.name,
-        [&n](const NetInterface& i) { return i.up == n.up && i.ip == n.ip && i.mask == n.mask; },
-        kApplyWaitMs, kStableMs);
+    WaitForOldState(n, kApplyWaitMs);
     return Failed(n.name + " could not be configured: " + why +
                   "; NetworkManager put the old settings back.");
 }
