@@ -9,7 +9,8 @@
 # sysctls; see tests/support/nv-sandbox.sh), then leaves a shell in the
 # sandbox to read the changes back with ip, iptables -S or sysctl. Needs
 # root; the machine itself is not changed. --sandbox --networkd makes
-# systemd-networkd the sandbox's network manager instead of ifupdown.
+# systemd-networkd the sandbox's network manager instead of ifupdown,
+# --sandbox --nm NetworkManager.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -32,7 +33,8 @@ if [ "${1:-}" = "--in-sandbox" ]; then
   echo "You are in the sandbox (host name $(hostname)); the agent still runs."
   echo "Read the changes back: ip addr, iptables -S, sysctl net.ipv4.tcp_syncookies,"
   echo "cat /etc/hostname, cat /etc/network/interfaces (or, under systemd-networkd,"
-  echo "networkctl status nv0, cat /etc/systemd/network/00-norvane-nv0.network),"
+  echo "networkctl status nv0, cat /etc/systemd/network/00-norvane-nv0.network;"
+  echo "under NetworkManager, nmcli connection show, ls /etc/NetworkManager/system-connections),"
   echo "cat /etc/resolv.conf; run nvui again; exit to leave."
   PS1='nv-sandbox# ' bash --norc -i || true
   exit 0
@@ -45,6 +47,7 @@ cmake --build build -j"$(nproc)" --target norvaned nvcmd nvui >/dev/null
 if [ "${1:-}" = "--sandbox" ]; then
   flags=(--dhcp)
   if [ "${2:-}" = "--networkd" ]; then flags+=(--networkd); fi
+  if [ "${2:-}" = "--nm" ]; then flags+=(--nm); fi
   exec bash tests/support/nv-sandbox.sh "${flags[@]}" -- bash scripts/demo.sh --in-sandbox
 fi
 

@@ -8,7 +8,7 @@ packages=(
   libncurses-dev libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format dialog
   libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd nftables ufw
-  ifupdown isc-dhcp-client vsftpd samba
+  ifupdown isc-dhcp-client vsftpd samba network-manager netplan.io
   libsystemd-dev
   debhelper dpkg-dev lintian man-db systemd dbus-daemon jq logrotate git ccache
 )

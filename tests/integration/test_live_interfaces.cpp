@@ -1,13 +1,19 @@
 // The live agent's interface commands inside the namespace sandbox, with a
 // real DHCP server (dnsmasq) behind the veth pair: down, up, DHCP and a
 // manual address take effect at once (read back with ip) and persist in
-// ifupdown's interfaces file; the DNS servers reach an unmanaged
-// /etc/resolv.conf, and a failed ifup puts everything back. Addresses with
-// leading zeros and names a tool would read as options are refused.
+// ifupdown's configuration, in whichever included file holds the stanza;
+// the DNS servers reach an unmanaged /etc/resolv.conf, a failed ifup puts
+// everything back (a DHCP client included), an interface no tool owns is
+// changed live only, and programs merely named like a network daemon
+// change nothing. Addresses with leading zeros and names a tool would read
+// as options are refused.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
+#include "child_process.h"
 #include "link/result_codes.h"
 #include "live_sandbox.h"
 #include "temp_dir.h"
@@ -24,16 +30,52 @@ protected:
     void SetUp() override {
         if (!nvtest::InSandbox())
             GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
+        mainFile = Interfaces();
+        ran = true;
         std::string err;
         ASSERT_TRUE(agent.Start(&err)) << err;
+    }
+    void TearDown() override {
+        if (!ran)
+            return;
+        // The next case starts from the sandbox's own configuration.
+        Tool({"ifdown", "--force", "nv0"});
+        Tool({"pkill", "-x", "dhclient"});
+        nvtest::WriteFile("/etc/network/interfaces", mainFile);
+        Tool({"rm", "-rf", "/etc/network/interfaces.d/50-cloud-init", "/etc/network/nv0.cfg",
+              "/etc/cloud/cloud.cfg.d/99-disable-network-config.cfg",
+              "/etc/network/if-pre-up.d/zz-nvfail"});
+        Tool({"ip", "-4", "addr", "flush", "dev", "nv0"});
+        Tool({"ip", "link", "set", "nv0", "up"});
     }
     int Send(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
     static std::string Addr(const std::string& dev) {
         return Tool({"ip", "-4", "-o", "addr", "show", "dev", dev});
     }
     static std::string Interfaces() { return nvtest::ReadFile("/etc/network/interfaces"); }
+    // The command lines of the dhclient processes serving nv0.
+    static std::string DhcpClients() {
+        std::string all = Tool({"pgrep", "-a", "-x", "dhclient"});
+        std::string out;
+        size_t start = 0;
+        while (start < all.size()) {
+            size_t end = all.find('\n', start);
+            std::string line = all.substr(start, end - start);
+            if (line.size() > 4 && line.compare(line.size() - 4, 4, " nv0") == 0)
+                out += line + "\n";
+            start = end == std::string::npos ? all.size() : end + 1;
+        }
+        return out;
+    }
+    static void FailNextIfup() {
+        const std::string hook = "/etc/network/if-pre-up.d/zz-nvfail";
+        ASSERT_TRUE(nvtest::WriteFile(hook, "#!/bin/sh\n[ \"$IFACE\" != nv0 ]\n"));
+        chmod(hook.c_str(), 0755);
+    }
     nvtest::LiveAgent agent;
     std::string detail;
+    std::string mainFile;
+    bool ran = false;
 };
 
 TEST_F(LiveInterfaces, ManualAddressAtOnceAndInTheInterfacesFile) {
@@ -82,7 +124,7 @@ TEST_F(LiveInterfaces, DhcpFromTheServerBehindThePeer) {
 }
 
 TEST_F(LiveInterfaces, DownAndUpPersistInTheAutoLine) {
-    ASSERT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 - - -"), em_ActSuccAll) << detail;
+    ASSERT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 10.77.0.1 - -"), em_ActSuccAll) << detail;
     EXPECT_EQ(Send(52, "nv0"), em_ActSuccAll) << detail;
     EXPECT_EQ(Tool({"ip", "-o", "link", "show", "nv0"}).find(",UP"), std::string::npos);
     EXPECT_EQ(Interfaces().find("auto nv0"), std::string::npos);
@@ -91,6 +133,14 @@ TEST_F(LiveInterfaces, DownAndUpPersistInTheAutoLine) {
     EXPECT_EQ(Send(53, "nv0"), em_ActSuccAll) << detail;
     EXPECT_NE(Tool({"ip", "-o", "link", "show", "nv0"}).find(",UP"), std::string::npos);
     EXPECT_NE(Interfaces().find("auto nv0\niface nv0 inet static"), std::string::npos);
+    // Up brings back what the stanza says: the address and the default
+    // route.
+    EXPECT_NE(Addr("nv0").find("inet 10.77.0.9/24"), std::string::npos) << Addr("nv0");
+    EXPECT_NE(Tool({"ip", "route", "show", "default"}).find("default via 10.77.0.1 dev nv0"),
+              std::string::npos)
+        << Tool({"ip", "route"});
+    EXPECT_NE(Tool({"ip", "route", "get", "192.0.2.9"}).find("via 10.77.0.1 dev nv0 src 10.77.0.9"),
+              std::string::npos);
     EXPECT_EQ(Send(52, "nv9"), em_ActPostValueNotValid);
     EXPECT_EQ(Send(52, "-"), em_ActPostValueNotValid);
 }
@@ -136,13 +186,139 @@ TEST_F(LiveInterfaces, AFailedIfupPutsEverythingBack) {
         << Tool({"ip", "route"});
 }
 
-TEST_F(LiveInterfaces, AManagerThatOwnsItsFilesIsNotOverruled) {
+TEST_F(LiveInterfaces, AFailedChangeOnADhcpInterfaceKeepsItsClient) {
+    ASSERT_EQ(Send(54, "nv0"), em_ActSuccAll) << detail;
+    std::string lease = Addr("nv0");
+    ASSERT_NE(lease.find("dynamic"), std::string::npos) << lease;
+    ASSERT_NE(DhcpClients(), "");
+    std::string file = Interfaces();
+    FailNextIfup();
+    EXPECT_EQ(Send(55, "nv0 10.77.0.13 255.255.255.0 10.77.0.1 - -"), em_ActFail);
+    EXPECT_NE(detail.find("the old settings were put back"), std::string::npos) << detail;
+    EXPECT_EQ(Interfaces(), file);
+    // The interface as it was: a lease (not a static copy of it), the
+    // default route, and a DHCP client running that renews the lease.
+    std::string now = Addr("nv0");
+    EXPECT_NE(now.find("inet 10.77.0.1"), std::string::npos) << now;
+    EXPECT_NE(now.find("dynamic"), std::string::npos) << now;
+    EXPECT_EQ(now.find("10.77.0.13/"), std::string::npos) << now;
+    EXPECT_NE(Tool({"ip", "route", "show", "default"}).find("default via 10.77.0.1 dev nv0"),
+              std::string::npos)
+        << Tool({"ip", "route"});
+    EXPECT_NE(DhcpClients(), "") << Tool({"pgrep", "-a", "dhclient"});
+}
+
+TEST_F(LiveInterfaces, TheStanzaOfACloudInitFileIsEditedWhereItIs) {
+    const std::string cloud = "/etc/network/interfaces.d/50-cloud-init";
+    ASSERT_NE(Interfaces().find("source /etc/network/interfaces.d/*"), std::string::npos);
+    ASSERT_EQ(Interfaces().find("nv0"), std::string::npos);
+    ASSERT_TRUE(nvtest::WriteFile(
+        cloud,
+        "# This file is generated from information provided by the datasource.  Changes\n"
+        "# to it will not persist across an instance reboot.  To disable cloud-init's\n"
+        "# network configuration capabilities, write a file\n"
+        "# /etc/cloud/cloud.cfg.d/99-disable-network-config.cfg with the following:\n"
+        "# network: {config: disabled}\n"
+        "auto lo\niface lo inet loopback\n\nauto nv0\niface nv0 inet dhcp\n"));
+    ASSERT_EQ(Send(55, "nv0 10.77.0.21 255.255.255.0 10.77.0.1 - -"), em_ActSuccAll) << detail;
+    EXPECT_NE(detail.find("cloud-init"), std::string::npos) << detail;
+    // One stanza, in the file that held it; the main file untouched.
+    EXPECT_EQ(Interfaces(), mainFile);
+    std::string text = nvtest::ReadFile(cloud);
+    EXPECT_NE(text.find("auto nv0\niface nv0 inet static\n    address 10.77.0.21\n"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("inet dhcp"), std::string::npos) << text;
+    EXPECT_NE(text.find("auto lo\niface lo inet loopback\n"), std::string::npos) << text;
+    EXPECT_NE(Addr("nv0").find("inet 10.77.0.21/24"), std::string::npos) << Addr("nv0");
+    EXPECT_NE(nvtest::ReadFile("/etc/cloud/cloud.cfg.d/99-disable-network-config.cfg")
+                  .find("network: {config: disabled}"),
+              std::string::npos);
+}
+
+TEST_F(LiveInterfaces, TheStanzaOfASourcedFileIsEditedWhereItIs) {
+    const std::string part = "/etc/network/nv0.cfg";
+    ASSERT_TRUE(nvtest::WriteFile("/etc/network/interfaces", mainFile + "source nv0.cfg\n"));
+    // Unindented option lines, as ifupdown also reads them.
+    ASSERT_TRUE(nvtest::WriteFile(
+        part, "auto nv0\niface nv0 inet static\naddress 10.77.0.30\nnetmask 255.255.255.0\n"));
+    int code = -1;
+    Tool({"ifup", "nv0"}, &code);
+    ASSERT_EQ(code, 0);
+    ASSERT_EQ(Send(55, "nv0 10.77.0.31 255.255.255.0 - - -"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Interfaces(), mainFile + "source nv0.cfg\n");
+    EXPECT_EQ(nvtest::ReadFile(part),
+              "auto nv0\niface nv0 inet static\n    address 10.77.0.31\n    netmask "
+              "255.255.255.0\n");
+    std::string a = Addr("nv0");
+    EXPECT_NE(a.find("inet 10.77.0.31/24"), std::string::npos) << a;
+    EXPECT_EQ(a.find("10.77.0.30"), std::string::npos) << a;
+    EXPECT_EQ(Send(52, "nv0"), em_ActSuccAll) << detail;
+    EXPECT_EQ(nvtest::ReadFile(part).find("auto nv0"), std::string::npos);
+    EXPECT_EQ(Interfaces(), mainFile + "source nv0.cfg\n");
+}
+
+TEST_F(LiveInterfaces, AnInterfaceNoToolOwnsIsChangedLiveOnly) {
+    // No ifupdown configuration at all, and no daemon.
+    ASSERT_EQ(unlink("/etc/network/interfaces"), 0);
+    ASSERT_EQ(Send(55, "nv0 10.77.0.40 255.255.255.0 10.77.0.1 - -"), em_ActSuccAll) << detail;
+    EXPECT_NE(detail.find("will not survive a reboot"), std::string::npos) << detail;
+    EXPECT_NE(Addr("nv0").find("inet 10.77.0.40/24"), std::string::npos) << Addr("nv0");
+    EXPECT_NE(Tool({"ip", "route", "show", "default"}).find("default via 10.77.0.1 dev nv0"),
+              std::string::npos);
+    struct stat st {};
+    EXPECT_NE(stat("/etc/network/interfaces", &st), 0);
+    EXPECT_EQ(Send(54, "nv0"), em_ActSuccAll) << detail;
+    EXPECT_NE(Addr("nv0").find("dynamic"), std::string::npos) << Addr("nv0");
+    EXPECT_NE(DhcpClients(), "");
+    EXPECT_EQ(Send(52, "nv0"), em_ActSuccAll) << detail;
+    EXPECT_NE(detail.find("will not survive a reboot"), std::string::npos) << detail;
+    EXPECT_EQ(Tool({"ip", "-o", "link", "show", "nv0"}).find(",UP"), std::string::npos);
+    EXPECT_EQ(Send(53, "nv0"), em_ActSuccAll) << detail;
+    EXPECT_NE(Tool({"ip", "-o", "link", "show", "nv0"}).find(",UP"), std::string::npos);
+    EXPECT_NE(stat("/etc/network/interfaces", &st), 0);
+}
+
+TEST_F(LiveInterfaces, ProgramsNamedLikeNetworkDaemonsAreNotTrusted) {
+    // Any user can run a program called NetworkManager or systemd-networkd:
+    // they are not the daemons, and the interface stays ifupdown's.
+    nvtest::TempDir dir;
+    std::vector<pid_t> fakes;
+    for (const char* name : {"NetworkManager", "systemd-networkd"}) {
+        std::string copy = dir.File(name);
+        Tool({"cp", "/bin/sleep", copy});
+        chmod(dir.Path().c_str(), 0755);
+        fakes.push_back(nvtest::SpawnProcess(
+            {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", copy, "60"},
+            "/dev/null", "/dev/null"));
+        fakes.push_back(nvtest::SpawnProcess({copy, "60"}, "/dev/null", "/dev/null"));
+    }
+    usleep(200000);
+    ASSERT_NE(Tool({"pgrep", "-x", "NetworkManager"}), "");
+    EXPECT_EQ(Send(55, "nv0 10.77.0.50 255.255.255.0 - - -"), em_ActSuccAll) << detail;
+    EXPECT_NE(Interfaces().find("iface nv0 inet static\n    address 10.77.0.50\n"),
+              std::string::npos);
+    for (pid_t p : fakes)
+        nvtest::KillAndReap(p);
+}
+
+TEST_F(LiveInterfaces, ANetplanFileNamingTheInterfaceOwnsIt) {
     Tool({"mkdir", "-p", "/etc/netplan"});
-    ASSERT_TRUE(nvtest::WriteFile("/etc/netplan/01-net.yaml", "network: {version: 2}\n"));
+    // A netplan file about another interface leaves nv0 to ifupdown.
+    ASSERT_TRUE(
+        nvtest::WriteFile("/etc/netplan/01-net.yaml",
+                          "network:\n  version: 2\n  ethernets:\n    eth7:\n      dhcp4: true\n"));
+    EXPECT_EQ(Send(55, "nv0 10.77.0.60 255.255.255.0 - - -"), em_ActSuccAll) << detail;
+    const std::string own = "network:\n  version: 2\n  ethernets:\n    nv0:\n      dhcp4: true\n";
+    ASSERT_TRUE(nvtest::WriteFile("/etc/netplan/01-net.yaml", own));
+    chmod("/etc/netplan/01-net.yaml", 0600);
+    // netplan's renderer (networkd) does not run here: the change fails
+    // through netplan, and neither ifupdown's nor netplan's files change.
     std::string before = Interfaces();
-    EXPECT_EQ(Send(54, "nv0"), em_ActFail);
-    EXPECT_NE(detail.find("netplan"), std::string::npos) << detail;
+    EXPECT_EQ(Send(54, "nv0"), em_ActFail) << detail;
+    EXPECT_NE(detail.find("the old settings were put back"), std::string::npos) << detail;
     EXPECT_EQ(Interfaces(), before);
+    EXPECT_EQ(nvtest::ReadFile("/etc/netplan/01-net.yaml"), own);
     Tool({"rm", "-rf", "/etc/netplan"});
 }
 

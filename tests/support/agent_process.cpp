@@ -60,6 +60,7 @@ bool AgentProcess::Start(std::string* err, int timeoutMs) {
     std::vector<std::string> argv = {BinaryPath(), "--foreground", "--socket",  SocketPath(),
                                      "--state",    StatePath(),    "--journal", JournalPath()};
     argv.insert(argv.end(), m_extraArgs.begin(), m_extraArgs.end());
+    argv.insert(argv.begin(), m_launcher.begin(), m_launcher.end());
     m_pid = SpawnProcess(argv, "", StderrPath());
     if (m_pid < 0) {
         SetWhy(err, "cannot fork");

@@ -41,6 +41,8 @@ public:
     bool CopyStateFrom(const std::string& path);
     // More arguments for norvaned, after the standard ones.
     void SetExtraArgs(const std::vector<std::string>& args) { m_extraArgs = args; }
+    // A command that runs the agent (such as "ip netns exec NAME").
+    void SetLauncher(const std::vector<std::string>& launcher) { m_launcher = launcher; }
 
     // Starts NV_BIN_DIR/norvaned --foreground with the private socket, state
     // and journal, and waits up to timeoutMs until its socket accepts a
@@ -80,6 +82,7 @@ private:
 
     TempDir m_dir;
     std::vector<std::string> m_extraArgs;
+    std::vector<std::string> m_launcher;
     pid_t m_pid = -1;
 };
 

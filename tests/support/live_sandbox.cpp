@@ -1,12 +1,14 @@
 // Sandbox guard, tool runs and the live agent of the sandbox tests.
 #include "live_sandbox.h"
 
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 
 #include "child_process.h"
 #include "raw_client.h"
+#include "temp_dir.h"
 
 namespace nvtest {
 
@@ -55,6 +57,33 @@ int LiveAgent::Send(short cmd, const std::string& payload, std::string* detail,
     if (detail != nullptr)
         *detail = a.sDetail;
     return a.result;
+}
+
+namespace {
+const char* const kDnsmasqPid = "/run/nv-sandbox/dnsmasq.pid";
+}
+
+DhcpServerPause::DhcpServerPause() {
+    pid_t pid = static_cast<pid_t>(atoi(ReadFile(kDnsmasqPid).c_str()));
+    std::string cmdline;
+    if (pid <= 1 || (cmdline = ReadFile("/proc/" + std::to_string(pid) + "/cmdline")).empty())
+        return;
+    std::vector<std::string> argv = {"/usr/bin/env", "ip", "netns", "exec", "peer"};
+    for (size_t start = 0; start < cmdline.size();) {
+        size_t end = cmdline.find('\0', start);
+        argv.push_back(cmdline.substr(start, end - start));
+        start = end == std::string::npos ? cmdline.size() : end + 1;
+    }
+    if (kill(pid, SIGTERM) == 0 && WaitForeignExit(pid, 5000))
+        m_argv = argv;
+}
+
+DhcpServerPause::~DhcpServerPause() {
+    if (m_argv.empty())
+        return;
+    pid_t again = SpawnProcess(m_argv, "/dev/null", "/dev/null");
+    if (again > 0)
+        WriteFile(kDnsmasqPid, std::to_string(again) + "\n");
 }
 
 }  // namespace nvtest

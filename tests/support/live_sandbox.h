@@ -43,6 +43,20 @@ private:
     AgentProcess m_agent;
 };
 
+// The sandbox's DHCP server (nv-sandbox.sh --dhcp) stopped for as long as
+// this lives, then started again with the same command line.
+class DhcpServerPause {
+public:
+    DhcpServerPause();
+    ~DhcpServerPause();
+    DhcpServerPause(const DhcpServerPause&) = delete;
+    DhcpServerPause& operator=(const DhcpServerPause&) = delete;
+    bool Stopped() const { return !m_argv.empty(); }
+
+private:
+    std::vector<std::string> m_argv;
+};
+
 }  // namespace nvtest
 
 #endif

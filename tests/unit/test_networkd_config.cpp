@@ -2,7 +2,7 @@
 // files, its text for each kind of setting, and the text read back.
 #include <gtest/gtest.h>
 
-#include "agent/live/networkd_config.h"
+#include "agent/live/interfaces/networkd_config.h"
 
 using namespace nvagent;
 

@@ -2,7 +2,7 @@
 // servers replaced with every other line kept.
 #include <gtest/gtest.h>
 
-#include "agent/live/resolv_conf.h"
+#include "agent/live/interfaces/resolv_conf.h"
 
 using namespace nvagent;
 

@@ -33,7 +33,7 @@ CmdResult ClearRules(FwChain chain, const std::string& dataDir);
 // restore tool refuses them.
 bool RestoreFirewall(const std::string& dataDir, std::string& err);
 
-// live_interfaces_change.cpp: the owning network manager's configuration.
+// interfaces/interfaces_change.cpp: the owning network manager's configuration.
 CmdResult ChangeInterface(const InterfaceRequest& q);
 CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q);
 

@@ -48,4 +48,13 @@ std::vector<std::string> SplitWords(const std::string& line) {
     return words;
 }
 
+std::vector<std::string> SplitLines(const std::string& text) {
+    std::vector<std::string> out;
+    std::istringstream in(text);
+    std::string line;
+    while (std::getline(in, line))
+        out.push_back(line);
+    return out;
+}
+
 }  // namespace nvagent

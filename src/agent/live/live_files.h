@@ -18,6 +18,9 @@ std::string ReadFirstLine(const std::string& path);
 // The words of a line, split at runs of blanks and tabs.
 std::vector<std::string> SplitWords(const std::string& line);
 
+// The lines of a text, without their newlines.
+std::vector<std::string> SplitLines(const std::string& text);
+
 }  // namespace nvagent
 
 #endif

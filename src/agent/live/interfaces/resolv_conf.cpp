@@ -1,6 +1,6 @@
 // resolv.conf lines: a "nameserver" line is one whose first word is
 // "nameserver"; comments start with "#" or ";".
-#include "agent/live/resolv_conf.h"
+#include "agent/live/interfaces/resolv_conf.h"
 
 #include <cctype>
 #include <sstream>

@@ -1,6 +1,6 @@
 // Building and reading the agent's .network file: "[Section]" headers,
 // "Key=Value" lines, "#" and ";" comments.
-#include "agent/live/networkd_config.h"
+#include "agent/live/interfaces/networkd_config.h"
 
 #include <sstream>
 

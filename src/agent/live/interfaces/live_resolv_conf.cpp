@@ -1,13 +1,13 @@
 // Deciding whether /etc/resolv.conf is the agent's to edit, and editing it
 // atomically with resolv_conf's pure functions.
-#include "agent/live/live_resolv_conf.h"
+#include "agent/live/interfaces/live_resolv_conf.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "agent/atomic_file.h"
+#include "agent/live/interfaces/resolv_conf.h"
 #include "agent/live/live_files.h"
-#include "agent/live/resolv_conf.h"
 #include "agent/live/run_process.h"
 
 namespace nvagent {

@@ -2,8 +2,8 @@
 // interface by name, its default gateway, `ip` runs, waiting until the
 // kernel shows a wanted state, and putting the addressing and link state of
 // before a failed change back.
-#ifndef NV_AGENT_LIVE_INTERFACE_STATE_H
-#define NV_AGENT_LIVE_INTERFACE_STATE_H
+#ifndef NV_AGENT_LIVE_INTERFACES_INTERFACE_STATE_H
+#define NV_AGENT_LIVE_INTERFACES_INTERFACE_STATE_H
 
 #include <functional>
 #include <string>
@@ -26,16 +26,29 @@ bool RunIp(const std::vector<std::string>& args, std::string& err);
 // The gateway of name's IPv4 default route, or empty.
 std::string DefaultGateway(const std::string& name);
 
-// An interface as it was before a change.
+// An interface as it was before a change: link state, every IPv4 address
+// (a lease with its remaining lifetime), every IPv4 route through it, and
+// the command line of the DHCP client serving it (empty when none runs).
 struct InterfaceSnapshot {
     NetInterface iface;
     std::string gateway;
+    std::vector<std::vector<std::string>> addrs;   // "ip addr add" arguments, dev excluded
+    std::vector<std::vector<std::string>> routes;  // "ip route replace" arguments, dev excluded
+    std::vector<std::string> dhcpClient;
 };
 InterfaceSnapshot TakeSnapshot(const NetInterface& n);
 
-// Puts the snapshot's link state, IPv4 address and default route back,
-// touching only what differs now.
+// Puts the snapshot back, touching only what differs now: link state,
+// addresses, routes, and the DHCP client started again with its own
+// command line when it no longer runs.
 void RestoreSnapshot(const InterfaceSnapshot& s);
+
+// The command line of a DHCP client (dhclient of root, in the agent's
+// network namespace) serving name; empty when none runs.
+std::vector<std::string> DhcpClientOf(const std::string& name);
+
+// Ends the DHCP client serving name, if one runs.
+void StopDhcpClient(const std::string& name);
 
 // Polls the interface called name until wanted has held for stableMs in a
 // row (a daemon that works asynchronously may still be changing it) or
@@ -43,6 +56,10 @@ void RestoreSnapshot(const InterfaceSnapshot& s);
 bool WaitForInterface(const std::string& name,
                       const std::function<bool(const NetInterface&)>& wanted, int timeoutMs,
                       int stableMs = 0);
+
+// Waits (up to timeoutMs) until the interface shows old's link state,
+// address and mask again, as a daemon puts its old configuration back.
+void WaitForOldState(const NetInterface& old, int timeoutMs);
 
 }  // namespace nvagent
 

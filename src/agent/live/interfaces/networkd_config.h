@@ -4,8 +4,8 @@
 // administrator's files: networkd applies the first .network file (in
 // lexical order) whose [Match] fits a link, so ours takes precedence while
 // theirs stay untouched.
-#ifndef NV_AGENT_LIVE_NETWORKD_CONFIG_H
-#define NV_AGENT_LIVE_NETWORKD_CONFIG_H
+#ifndef NV_AGENT_LIVE_INTERFACES_NETWORKD_CONFIG_H
+#define NV_AGENT_LIVE_INTERFACES_NETWORKD_CONFIG_H
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 // The resolver's /etc/resolv.conf as text: which tool claims to generate
 // it, its name servers, and the text with them replaced.
-#ifndef NV_AGENT_LIVE_RESOLV_CONF_H
-#define NV_AGENT_LIVE_RESOLV_CONF_H
+#ifndef NV_AGENT_LIVE_INTERFACES_RESOLV_CONF_H
+#define NV_AGENT_LIVE_INTERFACES_RESOLV_CONF_H
 
 #include <string>
 #include <vector>

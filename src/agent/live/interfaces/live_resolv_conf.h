@@ -3,8 +3,8 @@
 // installed and /etc/resolv.conf is a regular file (not a symbolic link)
 // whose comments do not say a tool generates it. Otherwise the file is left
 // alone and the plan's note says who applies the servers instead.
-#ifndef NV_AGENT_LIVE_LIVE_RESOLV_CONF_H
-#define NV_AGENT_LIVE_LIVE_RESOLV_CONF_H
+#ifndef NV_AGENT_LIVE_INTERFACES_LIVE_RESOLV_CONF_H
+#define NV_AGENT_LIVE_INTERFACES_LIVE_RESOLV_CONF_H
 
 #include <string>
 #include <vector>

@@ -1,5 +1,5 @@
 // Links and IPv4 addresses from libnl's route caches.
-#include "agent/live/live_interfaces.h"
+#include "agent/live/interfaces/live_interfaces.h"
 
 #include <arpa/inet.h>
 #include <linux/if.h>

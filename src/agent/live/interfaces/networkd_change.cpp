@@ -11,11 +11,11 @@
 #include <cerrno>
 
 #include "agent/atomic_file.h"
-#include "agent/live/interface_managers.h"
-#include "agent/live/interface_state.h"
+#include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_state.h"
+#include "agent/live/interfaces/live_resolv_conf.h"
+#include "agent/live/interfaces/networkd_config.h"
 #include "agent/live/live_files.h"
-#include "agent/live/live_resolv_conf.h"
-#include "agent/live/networkd_config.h"
 #include "agent/live/run_process.h"
 
 namespace nvagent {
@@ -28,7 +28,7 @@ const int kApplyWaitMs = 10000;
 const int kStableMs = 500;
 const int kRestoreWaitMs = 5000;
 
-using Wanted = std::function<bool(const NetInterface&)>;
+}  // namespace
 
 bool Networkctl(const std::vector<std::string>& args, std::string& why) {
     std::vector<std::string> argv = {"networkctl"};
@@ -45,8 +45,8 @@ bool Networkctl(const std::vector<std::string>& args, std::string& why) {
 // reconfigure (a second one right after the reload's would race with it).
 // 52 and 53 also set the link down or up through networkd. Then the kernel
 // state is awaited, until it has held for a moment.
-bool Activate(const NetInterface& n, bool changed, short cmd, const Wanted& wanted,
-              std::string& why) {
+bool NetworkdActivate(const NetInterface& n, bool changed, short cmd, const Wanted& wanted,
+                      std::string& why) {
     if (!Networkctl({"reload"}, why) ||
         (!changed && !Networkctl({"reconfigure", "--", n.name}, why)))
         return false;
@@ -59,6 +59,8 @@ bool Activate(const NetInterface& n, bool changed, short cmd, const Wanted& want
                           std::to_string(kApplyWaitMs / 1000) + " s";
     return false;
 }
+
+namespace {
 
 CmdResult Apply(const NetInterface& n, const NetworkdSettings& next, short cmd,
                 const Wanted& wanted, const ResolvPlan& dns) {
@@ -73,7 +75,7 @@ CmdResult Apply(const NetInterface& n, const NetworkdSettings& next, short cmd,
     if (!WriteFileAtomically(path, text, err))
         return Failed("Could not write " + path + ": " + err + ".");
     std::string why;
-    if (Activate(n, !had || text != old, cmd, wanted, why) && ApplyResolvPlan(dns, why))
+    if (NetworkdActivate(n, !had || text != old, cmd, wanted, why) && ApplyResolvPlan(dns, why))
         return {em_ActSuccAll, dns.note};
     std::string ignored;
     if (had)
@@ -85,12 +87,7 @@ CmdResult Apply(const NetInterface& n, const NetworkdSettings& next, short cmd,
     // what it does not (an address it never managed) is restored by hand
     // once it is done.
     if (Networkctl({"reload"}, ignored)) {
-        WaitForInterface(
-            n.name,
-            [&n](const NetInterface& i) {
-                return i.up == n.up && i.ip == n.ip && i.mask == n.mask;
-            },
-            kRestoreWaitMs, kStableMs);
+        WaitForOldState(n, kRestoreWaitMs);
     }
     RestoreSnapshot(before);
     return Failed(n.name + " could not be configured: " + why +

@@ -1,7 +1,7 @@
 // The network interfaces through rtnetlink (libnl-route-3): index, name,
 // MAC, dynamic or static addressing, up or down, IPv4 address and mask.
-#ifndef NV_AGENT_LIVE_LIVE_INTERFACES_H
-#define NV_AGENT_LIVE_LIVE_INTERFACES_H
+#ifndef NV_AGENT_LIVE_INTERFACES_LIVE_INTERFACES_H
+#define NV_AGENT_LIVE_INTERFACES_LIVE_INTERFACES_H
 
 #include <string>
 #include <vector>

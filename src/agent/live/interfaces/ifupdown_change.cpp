@@ -1,0 +1,155 @@
+// Interface changes where ifupdown owns the interface: its stanza edited in
+// place in whichever file holds it (/etc/network/interfaces or a file it
+// includes; never a second stanza), its auto line kept, added or removed,
+// and the interface taken down by ifdown with the configuration it was
+// brought up with, then brought up by ifup with the new one (addresses,
+// routes, DHCP client as the stanza says). The DNS servers of a manual
+// address go into its dns-nameservers line (which resolvconf applies where
+// it is installed) and, where no tool owns it, into /etc/resolv.conf. A
+// failure puts the files back, brings the old configuration up again and
+// then repairs by hand what is still missing (addresses, routes, the DHCP
+// client).
+#include "agent/atomic_file.h"
+#include "agent/live/interfaces/cloud_init.h"
+#include "agent/live/interfaces/ifupdown_config.h"
+#include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_state.h"
+#include "agent/live/interfaces/live_resolv_conf.h"
+#include "agent/live/live_files.h"
+#include "agent/live/run_process.h"
+
+namespace nvagent {
+
+namespace {
+
+const int kIfupLimitMs = 60000;
+
+// Writes the files of next that differ from before; on failure the ones
+// already written are put back.
+bool WriteChanged(const std::vector<IfupdownFile>& before, const std::vector<IfupdownFile>& next,
+                  std::string& err) {
+    for (size_t i = 0; i < next.size(); ++i) {
+        if (next[i].text == before[i].text)
+            continue;
+        if (!WriteFileAtomically(next[i].path, next[i].text, err)) {
+            err = "could not write " + next[i].path + ": " + err;
+            std::string ignored;
+            for (size_t k = 0; k < i; ++k) {
+                if (next[k].text != before[k].text)
+                    WriteFileAtomically(before[k].path, before[k].text, ignored);
+            }
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Ifdown(const std::string& name) {
+    return RunTool({"ifdown", "--force", "--", name}, "", kIfupLimitMs).Ok();
+}
+
+// The files with name's new stanza and auto state, the interface taken
+// down and (unless down) brought up again by ifupdown, resolv.conf written
+// as planned; on failure everything of before comes back.
+CmdResult Reconfigure(const NetInterface& n, const std::string& stanza, bool up,
+                      const ResolvPlan& dns) {
+    InterfaceSnapshot before = TakeSnapshot(n);
+    std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
+    if (files.empty())
+        return Failed(std::string("Could not read ") + kIfupdownMainFile + ".");
+    std::vector<IfupdownFile> next = WithIfaceIn(files, n.name, stanza, up);
+    int at = StanzaFileIndex(next, n.name);
+    const IfupdownFile& holder = next[static_cast<size_t>(at < 0 ? 0 : at)];
+    bool cloudInit = CloudInitGenerated(holder.path, holder.text);
+    std::string note = cloudInit ? CloudInitNote(holder.path) : std::string();
+    bool wroteSwitch = false;
+    std::string err;
+    if (cloudInit && !DisableCloudInitNetwork(&wroteSwitch, err))
+        return Failed(std::string("Could not write ") + kCloudInitDisableFile + ": " + err + ".");
+    // Down with the old configuration, so that ifdown ends what ifup
+    // started (a DHCP client releases its lease).
+    Ifdown(n.name);
+    StopDhcpClient(n.name);
+    std::string ignored;
+    RunIp({"-4", "addr", "flush", "dev", n.name}, ignored);
+    std::string why;
+    if (WriteChanged(files, next, why)) {
+        bool done = false;
+        if (up) {
+            ToolRun run = RunTool({"ifup", "--", n.name}, "", kIfupLimitMs);
+            if (!run.Ok())
+                why = run.Why("ifup");
+            // A manual stanza's ifup may leave the link as it was.
+            else
+                done = RunIp({"link", "set", "dev", n.name, "up"}, why);
+        } else {
+            done = RunIp({"link", "set", "dev", n.name, "down"}, why);
+        }
+        if (done && ApplyResolvPlan(dns, why)) {
+            std::string detail = dns.note;
+            if (!note.empty())
+                detail += (detail.empty() ? "" : " ") + note;
+            return {em_ActSuccAll, detail};
+        }
+        Ifdown(n.name);
+        StopDhcpClient(n.name);
+        WriteChanged(next, files, ignored);
+    }
+    UndoCloudInitNetwork(wroteSwitch);
+    UndoResolvPlan(dns);
+    // The old configuration up again as ifupdown would, then what is
+    // still missing by hand.
+    if (before.iface.up && StanzaFileIndex(files, n.name) >= 0)
+        RunTool({"ifup", "--", n.name}, "", kIfupLimitMs);
+    RestoreSnapshot(before);
+    return Failed(n.name + " could not be configured: " + why +
+                  "; the old settings were put back.");
+}
+
+// The interface's stanza now, empty when none.
+std::string CurrentStanza(const std::string& name) {
+    std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
+    int at = StanzaFileIndex(files, name);
+    return at < 0 ? std::string() : IfaceStanza(files[static_cast<size_t>(at)].text, name);
+}
+
+}  // namespace
+
+CmdResult IfupdownChange(const NetInterface& n, short cmd) {
+    std::string stanza = CurrentStanza(n.name);
+    if (cmd == 54) {
+        if (stanza.find(" inet dhcp") != std::string::npos && n.mode == kModeDynamic)
+            return Unchanged(n.name + " already uses DHCP.");
+        return Reconfigure(n, "iface " + n.name + " inet dhcp\n", true, ResolvPlan());
+    }
+    // Down and up through ifdown and ifup, so that up brings back the
+    // addresses and routes of the stanza; the auto line for the next boot.
+    if (stanza.empty())
+        stanza = "iface " + n.name + " inet manual\n";
+    return Reconfigure(n, stanza, cmd == 53, ResolvPlan());
+}
+
+CmdResult IfupdownManual(const NetInterface& n, const InterfaceManualRequest& q) {
+    std::string stanza =
+        "iface " + n.name + " inet static\n    address " + q.ip + "\n    netmask " + q.mask + "\n";
+    if (!q.gateway.empty())
+        stanza += "    gateway " + q.gateway + "\n";
+    std::vector<std::string> servers = RequestedDns(q);
+    std::string dns;
+    for (const std::string& s : servers)
+        dns += (dns.empty() ? "" : " ") + s;
+    if (!dns.empty())
+        stanza += "    dns-nameservers " + dns + "\n";
+    std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
+    int at = StanzaFileIndex(files, n.name);
+    std::string holder =
+        at < 0 ? std::string(kIfupdownMainFile) : files[static_cast<size_t>(at)].path;
+    ResolvPlan plan = PlanResolvConf(servers, holder, false);
+    if (CurrentStanza(n.name) == stanza && n.ip == q.ip && n.mask == q.mask &&
+        n.mode == kModeStatic && n.up && !plan.write) {
+        return Unchanged(n.name + " already has these settings.");
+    }
+    return Reconfigure(n, stanza, true, plan);
+}
+
+}  // namespace nvagent

@@ -1,0 +1,108 @@
+// Interface down, up, automatic (DHCP) and manual addressing (commands 52
+// to 55): the change takes effect at once and persists in the configuration
+// of the tool that owns the interface (interface_owner.h), carried out by
+// that tool's file (interface_managers.h). An interface no tool owns is
+// changed live only.
+#include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_owner.h"
+#include "agent/live/interfaces/interface_state.h"
+#include "agent/live/live_changes.h"
+#include "agent/live/run_process.h"
+
+namespace nvagent {
+
+namespace {
+
+// The owner of n, or false with the answer in r when its tool cannot do
+// the change here.
+bool Owner(const NetInterface& n, Ownership& o, CmdResult& r) {
+    o = FindOwner(n);
+    switch (o.owner) {
+        case IfaceOwner::kNetworkd:
+            if (!FindTool("networkctl").empty())
+                return true;
+            r = Failed(n.name + " is managed by systemd-networkd, but networkctl is missing.");
+            return false;
+        case IfaceOwner::kNetplan:
+            if (o.renderer == "networkd" && !FindTool("netplan").empty() &&
+                !FindTool("networkctl").empty())
+                return true;
+            r = Failed(n.name + " is configured by netplan (" + o.file + ", rendered by " +
+                       o.renderer + "), whose tools are missing here; change it there.");
+            return false;
+        case IfaceOwner::kNetworkManager:
+            if (!FindTool("nmcli").empty())
+                return true;
+            r = Failed(n.name + " is managed by NetworkManager, but nmcli is missing.");
+            return false;
+        case IfaceOwner::kIfupdown:
+        case IfaceOwner::kNone:
+            return true;
+    }
+    return true;
+}
+
+}  // namespace
+
+std::vector<std::string> RequestedDns(const InterfaceManualRequest& q) {
+    std::vector<std::string> dns;
+    for (const std::string* d : {&q.dns1, &q.dns2}) {
+        if (!d->empty())
+            dns.push_back(*d);
+    }
+    return dns;
+}
+
+CmdResult ChangeInterface(const InterfaceRequest& q) {
+    NetInterface n;
+    CmdResult r;
+    if (!FindInterface(q.name, n, r))
+        return r;
+    if (q.cmd == 54 && n.name == "lo")
+        return Invalid("The loopback interface cannot use DHCP.");
+    if (q.cmd == 52 && !n.up)
+        return Unchanged(n.name + " is already down.");
+    if (q.cmd == 53 && n.up)
+        return Unchanged(n.name + " is already up.");
+    Ownership o;
+    if (!Owner(n, o, r))
+        return r;
+    switch (o.owner) {
+        case IfaceOwner::kNetworkd:
+            return NetworkdChange(n, q.cmd);
+        case IfaceOwner::kIfupdown:
+            return IfupdownChange(n, q.cmd);
+        case IfaceOwner::kNetworkManager:
+            return NetworkManagerChange(n, q.cmd);
+        case IfaceOwner::kNetplan:
+            return NetplanChange(n, q.cmd, o.file);
+        default:
+            return UnmanagedChange(n, q.cmd);
+    }
+}
+
+CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q) {
+    NetInterface n;
+    CmdResult r;
+    if (!FindInterface(q.name, n, r))
+        return r;
+    if (n.name == "lo")
+        return Invalid("The loopback interface keeps its fixed address.");
+    Ownership o;
+    if (!Owner(n, o, r))
+        return r;
+    switch (o.owner) {
+        case IfaceOwner::kNetworkd:
+            return NetworkdManual(n, q);
+        case IfaceOwner::kIfupdown:
+            return IfupdownManual(n, q);
+        case IfaceOwner::kNetworkManager:
+            return NetworkManagerManual(n, q);
+        case IfaceOwner::kNetplan:
+            return NetplanManual(n, q, o.file);
+        default:
+            return UnmanagedManual(n, q);
+    }
+}
+
+}  // namespace nvagent
