@@ -160,7 +160,7 @@ void ScKeyKeyFunction(int iKeyValue);
 void ScKeyContentReturnFunc();
 // The form text: "*" and the value of every choose or input field, in
 // order, then a final "*", cut to fit ulSize bytes with the NUL. Returns its
-// length.
-size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize);
+// length. With bMask, password fields are asterisks, as for the log.
+size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize, bool bMask = false);
 
 #endif
