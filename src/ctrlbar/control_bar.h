@@ -16,6 +16,10 @@
 // Shows the text of a result code on the information line (nothing for a
 // code without text).
 void ShowCtrlOperatingResult(int iResultCode);
+// Calls the update function and shows its result; input typed while a
+// command was awaited is discarded. The second shows the wait text first.
+void RunUpdate(UPDATE_FUNC pfnUpdate, char* pcSetting, void* arg);
+void RunUpdateShowingWait(UPDATE_FUNC pfnUpdate, char* pcSetting, void* arg);
 
 typedef struct _ST_ENQUIRY_CTRL {
     int iYesStartY;

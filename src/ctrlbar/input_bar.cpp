@@ -136,8 +136,7 @@ void ConfirmInput() {
     szText[c.iInputNum] = '\0';
     NV_DBG("Input string(%d):%s", c.iInputNum, LoggedText(szText).c_str());
     if (c.iInputNum > 0) {
-        ShowInfomation(pcStrWait[iLanIdx]);
-        ShowCtrlOperatingResult(c.pfnInputUpdate(szText, c.arg));
+        RunUpdateShowingWait(c.pfnInputUpdate, szText, c.arg);
     }
     CloseInputBar();
 }

@@ -50,10 +50,9 @@ void ConfirmForm() {
     JoinFormFields(c.stDrawInfo.pstContent, szSendBuffer, sizeof(szSendBuffer));
     JoinFormFields(c.stDrawInfo.pstContent, szLogBuffer, sizeof(szLogBuffer), true);
     NV_DBG("Shortcut Key Send Data Buffer:%s", szLogBuffer);
-    ShowInfomation(pcStrWait[iLanIdx]);
     // A sender that succeeds rebuilds its page and so frees this form; the
     // bar touches the form no more after this call.
-    ShowCtrlOperatingResult(c.pfnSckeyUpdate(szSendBuffer, NULL));
+    RunUpdateShowingWait(c.pfnSckeyUpdate, szSendBuffer, NULL);
     CloseShortcutBar();
 }
 
