@@ -89,7 +89,8 @@ TEST_F(NvstartTest, StartsNorvanedItselfAndWaitsForItsAnswer) {
     nvtest::RunResult r = Nvstart({"--socket", Socket()});
     EXPECT_EQ(r.iExitCode, 0) << r.sStderr;
     EXPECT_EQ(r.sStdout, "nvstart: started " + std::string(NV_BIN_DIR) +
-                             "/norvaned; norvaned answers on " + Socket() + ".\n");
+                             "/norvaned (simulator backend); norvaned answers on " + Socket() +
+                             ".\n");
     EXPECT_THAT(r.sStderr, IsEmpty());
     EXPECT_TRUE(Answers());
     std::vector<pid_t> agents = AgentsOn(Socket());
@@ -182,6 +183,43 @@ TEST_F(NvstartTest, SaysSoWhenNorvanedIsMissing) {
     EXPECT_EQ(r.iExitCode, 1);
     EXPECT_EQ(r.sStderr, "nvstart: norvaned is neither beside nvstart nor in ../sbin.\n");
     EXPECT_FALSE(Answers());
+}
+
+// Without norvaned's options, a socket of its own gets norvaned's own
+// default backend, the simulator, as "norvaned --socket PATH" does, and
+// nvstart says so; the agent runs with no --backend of nvstart's.
+TEST_F(NvstartTest, WithoutAgentOptionsAPrivateSocketGetsTheSimulator) {
+    nvtest::RunResult r = Nvstart({"--socket", Socket()}, false);
+    EXPECT_EQ(r.iExitCode, 0) << r.sStderr;
+    EXPECT_THAT(r.sStdout, HasSubstr("(simulator backend); norvaned answers on " + Socket()));
+    std::vector<pid_t> agents = AgentsOn(Socket());
+    ASSERT_EQ(agents.size(), 1u);
+    std::string cmd = nvtest::ReadFile("/proc/" + std::to_string(agents[0]) + "/cmdline");
+    EXPECT_EQ(cmd.find("--backend"), std::string::npos) << cmd;
+    cConf_Inf conf;
+    cSvrState svr;
+    std::string err;
+    ASSERT_TRUE(nvtest::CheckState(Socket(), conf, svr, err)) << err;
+}
+
+// norvaned's --foreground is refused before anything is started: nvstart
+// waits for the agent to detach, and a foreground agent would hold the
+// caller's terminal.
+TEST_F(NvstartTest, RefusesForeground) {
+    nvtest::RunResult r =
+        Nvstart({"--socket", Socket(), "--", "--backend", "sim", "--foreground"}, false);
+    EXPECT_EQ(r.iExitCode, 2);
+    EXPECT_THAT(r.sStderr, HasSubstr("--foreground is not accepted"));
+    EXPECT_THAT(r.sStdout, IsEmpty());
+    EXPECT_THAT(AgentsOn(Socket()), IsEmpty());
+    EXPECT_FALSE(Answers());
+}
+
+// norvaned takes -h as nvstart and nvcmd do.
+TEST_F(NvstartTest, NorvanedTakesDashH) {
+    nvtest::RunResult r = nvtest::RunProgram({std::string(NV_BIN_DIR) + "/norvaned", "-h"});
+    EXPECT_EQ(r.iExitCode, 0) << r.sStderr;
+    EXPECT_THAT(r.sStdout, HasSubstr("Usage: norvaned"));
 }
 
 TEST_F(NvstartTest, UsageErrorsAndHelp) {
