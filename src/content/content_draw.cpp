@@ -18,43 +18,27 @@ int CellClaim(const CONTENT_SECTION& stSection, int iWidth) {
     return stSection.iMaxWidth > 0 && iLen < iWidth ? stSection.iMaxWidth : iLen;
 }
 
-// The widest claim in column j, or -1 when no row has a cell j. No claim
-// exceeds iRoom, what the row leaves for the column.
-int ColumnWidth(const CONTENT_DATA* pstContent, int j, int iWidth, int iRoom) {
+// The widest claim in column j, or -1 when no row has a cell j.
+int ColumnWidth(const CONTENT_DATA* pstContent, int j, int iWidth) {
     int iMax = -1;
     for (int r = 0; r < pstContent->iItemNum; ++r) {
         const CONTENT_ITEM& stItem = pstContent->pstItem[r];
         if (stItem.iSectionNum <= j || stItem.pstSection == nullptr)
             continue;
-        int iClaim = std::min(CellClaim(stItem.pstSection[j], iWidth), iRoom);
+        int iClaim = CellClaim(stItem.pstSection[j], iWidth);
         if (iClaim > iMax)
             iMax = iClaim;
     }
     return iMax;
 }
 
-// The most cells any row of the page has, at most the column bound.
-int MostCells(const CONTENT_DATA* pstContent) {
-    int iMost = 0;
-    for (int r = 0; r < pstContent->iItemNum; ++r) {
-        if (pstContent->pstItem[r].pstSection != nullptr)
-            iMost = std::max(iMost, pstContent->pstItem[r].iSectionNum);
-    }
-    return std::min(iMost, static_cast<int>(CONTENT_MAX_COLS));
-}
-
 // Columns are accepted while they fit; the column that overflows the width
-// is not counted, but its width stays in the sum. A cell wider than what
-// is left of its row claims only what is left (one blank before each column
-// and after the last kept free), so that a long value never pushes the page
-// left of its window: it is drawn clipped at the right edge instead.
+// is not counted, but its width stays in the sum.
 int LayoutColumns(CONTENT_DRAW_INFO* pstInfo, int iWidth, int& iSum) {
     iSum = 0;
-    int iBlanks = MostCells(pstInfo->pstContent) + 1;
     int j = 0;
     for (; j < CONTENT_MAX_COLS; ++j) {
-        int iRoom = std::max(iWidth - iSum - iBlanks, 0);
-        int iColWidth = ColumnWidth(pstInfo->pstContent, j, iWidth, iRoom);
+        int iColWidth = ColumnWidth(pstInfo->pstContent, j, iWidth);
         pstInfo->aiMaxColWidth[j] = iColWidth < 0 ? 0 : iColWidth;
         if (iColWidth < 0)
             break;

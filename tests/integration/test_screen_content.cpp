@@ -416,11 +416,10 @@ protected:
         size_t longest = 0;
         for (const std::string& l : lines)
             longest = std::max(longest, l.size());
-        // One column: the spare width is split in two; a column wider than
-        // the window claims all but one blank on each side, so the rows
-        // start at column 1 and the wide one is clipped at the right edge.
-        long claim = std::min(static_cast<long>(longest), static_cast<long>(kCols - 2));
-        long x = (kCols - claim) / 2;
+        // One column: the spare width is split in two, or, when the column
+        // does not fit, the whole (negative) spare width comes before it.
+        long spare = kCols - static_cast<long>(longest);
+        long x = spare > 0 ? spare / 2 : spare;
         for (size_t r = 0; r < lines.size(); ++r) {
             std::string row(kCols, ' ');
             for (size_t i = 0; i < lines[r].size(); ++i) {
@@ -512,8 +511,8 @@ TEST_F(ScreenContentTcp, ThreeListenersAreSpreadAndCentred) {
 }
 
 // A listener line as wide as the screen, or wider, is clipped at the window's
-// right edge on its own row; every row starts inside the window, and
-// nothing else of the content area is written.
+// edges on its own row; the other rows keep their places and nothing else
+// of the content area is written.
 TEST_F(ScreenContentTcp, ALineAsWideAsTheScreenStaysOnItsRow) {
     std::vector<std::string> lines = WithWideLine(80);
     ASSERT_TRUE(OpenPageAt(lines));

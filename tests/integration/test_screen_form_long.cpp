@@ -1,7 +1,8 @@
 // Long values at 80x24 and 66x18 on the Vsftpd, File Backup, Net Interface
-// and Tcp listen Port pages: a page never starts left of its window's first
-// column, a value wider than what is left of its row is clipped at the right
-// edge on its own row, and the labels and the start of every row stay whole.
+// and Tcp listen Port pages. Widths are counted in bytes and a column wider
+// than the window makes the layout's interval negative: the page is then
+// drawn from a column left of the window, curses clips what falls outside,
+// every row stays on its own line and the page's keys keep working.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -24,8 +25,8 @@ std::string DemoWith(const std::function<void(nlohmann::json&)>& edit) {
     return j.dump(2);
 }
 
-// Opens leaf (menu, item) and waits until text shows.
-AssertionResult OpenLeaf(FormConsole& c, int menu, int item, const std::string& text) {
+// Opens leaf (menu, item) and waits until its prompt shows.
+AssertionResult OpenLeaf(FormConsole& c, int menu, int item, int prompt) {
     ScreenSession& s = c.S();
     if (menu > 0)
         s.SendKey(Key::Down, menu);
@@ -33,8 +34,8 @@ AssertionResult OpenLeaf(FormConsole& c, int menu, int item, const std::string& 
     if (item > 0)
         s.SendKey(Key::Down, item);
     s.SendKey(Key::Enter);
-    if (!s.WaitForTextAnywhere(text))
-        return AssertionFailure() << "'" << text << "' not shown\n" << s.Dump();
+    if (!Eventually(s, [&] { return PromptRowShows(s, prompt, LAN_ENGLISH); }))
+        return AssertionFailure() << "prompt " << prompt << " not shown\n" << s.Dump();
     s.WaitSettled();
     return AssertionSuccess();
 }
@@ -49,90 +50,157 @@ std::vector<int> RowsWith(const ScreenSession& s, char ch) {
     return v;
 }
 
-// text shows whole, starting inside the screen at column col or, col < 0,
-// at any column.
-AssertionResult ShowsWhole(const ScreenSession& s, const std::string& text, int col = -1) {
-    nvtest::ScreenPos p = s.FindText(text);
-    if (!p.Found())
-        return AssertionFailure() << "'" << text << "' not shown whole\n" << s.Dump();
-    if (col >= 0 && p.iCol != col)
-        return AssertionFailure() << "'" << text << "' at column " << p.iCol << ", not " << col
-                                  << "\n"
-                                  << s.Dump();
+// The layout of a page of n rows whose columns claim widths, in the content
+// area of a screen: columns are accepted while their sum stays below the
+// width, the one that overflows stays in the sum, and the interval is the
+// spare width (negative when the text is too wide) over the columns + 1.
+struct PageModel {
+    std::vector<int> viColX;
+    std::vector<int> viLine;
+};
+PageModel LayOutPage(const std::vector<int>& widths, int n, const ScreenSession& s) {
+    int w = s.Cols(), h = s.Rows() - 6;
+    int sum = 0, cols = 0;
+    for (int width : widths) {
+        sum += width;
+        if (sum >= w)
+            break;
+        ++cols;
+    }
+    int gap = (w - sum) / (cols + 1);
+    PageModel m;
+    int x = gap;
+    for (int width : widths) {
+        m.viColX.push_back(x);
+        x += width + gap;
+    }
+    int gapY = n < h ? (h - n) / (n + 1) : 0;
+    for (int r = 0; r < n; ++r)
+        m.viLine.push_back(3 + (gapY + r * (gapY + 1)) % h);
+    return m;
+}
+
+// A row as curses leaves it: each cell's text written from its column, later
+// cells over earlier ones, what falls outside the screen's width clipped.
+std::string DrawnRow(const std::vector<std::string>& cells, const std::vector<int>& colX,
+                     int width) {
+    std::string row(width, ' ');
+    for (size_t j = 0; j < cells.size(); ++j) {
+        for (size_t i = 0; i < cells[j].size(); ++i) {
+            long x = colX[j] + static_cast<long>(i);
+            if (x >= 0 && x < width)
+                row[x] = cells[j][i];
+        }
+    }
+    size_t end = row.find_last_not_of(' ');
+    return end == std::string::npos ? "" : row.substr(0, end + 1);
+}
+
+// Esc leaves the page for the menu, whatever it showed.
+AssertionResult EscLeaves(ScreenSession& s) {
+    s.SendKey(Key::Esc);
+    if (!Eventually(s, [&] { return PromptRowShows(s, PROMPT_MENU, LAN_ENGLISH); }))
+        return AssertionFailure() << "Esc did not leave the page\n" << s.Dump();
     return AssertionSuccess();
 }
 
 class ScreenLong : public ::testing::TestWithParam<Size> {};
 
-// The FTP root of 60 and 305 bytes: every label in its place, the root's
-// start after its label and its end clipped at the right edge on one row.
-TEST_P(ScreenLong, VsftpdLabelsStayWholeWithALongRoot) {
+// The FTP root of 60 and 305 bytes: the labels claim 22 bytes and the root
+// its length, so the page starts left of the window. The root's row is the
+// two cells written from their columns and clipped; every label shows what
+// of it falls inside the window, left of the values.
+TEST_P(ScreenLong, VsftpdPageWithALongRootKeepsTheColumnRule) {
     Size z = GetParam();
-    const char* labels[] = {"Anonym Enable:",    "Anonym Upload:",      "Anonym Make Directory:",
-                            "Anonym Root Path:", "Local User Enable:",  "Write Enable:",
-                            "Ftp Start:",        "Ftp Restore Default:"};
+    const std::vector<std::string> labels = {
+        "Anonym Enable:",    "Anonym Upload:",      "Anonym Make Directory:",
+        "Anonym Root Path:", "Local User Enable:",  "Write Enable:",
+        "Ftp Start:",        "Ftp Restore Default:"};
     for (size_t n : {60u, 305u}) {
         std::string root = "/srv/" + std::string(n - 5, 'Q');
         FormConsole c;
         ASSERT_TRUE(c.Start(DemoWith([&](nlohmann::json& j) { j["sVsftpdAnonRoot"] = root; }),
                             LAN_ENGLISH, z.iRows, z.iCols));
-        ASSERT_TRUE(OpenLeaf(c, 3, 1, "Ftp Start:"));
+        ASSERT_TRUE(OpenLeaf(c, 3, 1, PROMPT_CONTENT));
         ScreenSession& s = c.S();
-        int col = s.FindText("Anonym Enable:").iCol;
-        ASSERT_GE(col, 1) << s.Dump();
-        for (const char* label : labels)
-            EXPECT_TRUE(ShowsWhole(s, label, col)) << n;
-        EXPECT_TRUE(ShowsWhole(s, "/srv/QQQQ")) << n;
-        std::vector<int> rows = RowsWith(s, 'Q');
-        ASSERT_EQ(rows.size(), 1u) << n << "\n" << s.Dump();
-        EXPECT_EQ(s.Text(rows[0], z.iCols - 1, 1), "Q") << n << "\n" << s.Dump();
+        PageModel m = LayOutPage({22, static_cast<int>(n)}, 8, s);
+        ASSERT_LT(m.viColX[0], 0) << n;
+        EXPECT_EQ(s.Row(m.viLine[3]), DrawnRow({labels[3], root}, m.viColX, z.iCols)) << n << "\n"
+                                                                                      << s.Dump();
+        EXPECT_EQ(RowsWith(s, 'Q'), std::vector<int>{m.viLine[3]}) << n << "\n" << s.Dump();
+        int valueX = std::min(std::max(m.viColX[1], 0), z.iCols);
+        for (size_t r = 0; r < labels.size(); ++r) {
+            EXPECT_EQ(
+                s.Text(m.viLine[r], 0, valueX),
+                DrawnRow({labels[r]}, m.viColX, z.iCols).append(z.iCols, ' ').substr(0, valueX))
+                << n << " row " << r << "\n"
+                << s.Dump();
+        }
+        EXPECT_TRUE(EscLeaves(s)) << n;
     }
 }
 
-// A backup entry wider than the page: every row keeps its start, the long
-// one is clipped at the right edge on its own row.
-TEST_P(ScreenLong, FileBackupRowsKeepTheirStart) {
+// Every row of a one-cell list page is laid out from the same column, the
+// longest row's width left of its end: a backup entry wider than the page
+// ends at the right edge and loses its left part, and so do the others.
+TEST_P(ScreenLong, FileBackupRowsStartLeftOfTheWindowTogether) {
     Size z = GetParam();
-    std::string name = "/var/" + std::string(150, 'B');
+    std::string name = "/var/" + std::string(150, 'Z');
     FormConsole c;
     ASSERT_TRUE(c.Start(DemoWith([&](nlohmann::json& j) {
                             j["vBakForSize"].push_back(
                                 {{"szFileName", name}, {"szBakDir", "/b"}, {"iKilobyte", 64}});
                         }),
                         LAN_ENGLISH, z.iRows, z.iCols));
-    ASSERT_TRUE(OpenLeaf(c, 2, 5, "BBBB"));
+    ASSERT_TRUE(OpenLeaf(c, 2, 5, PROMPT_SCKEY_TOGGLE));
     ScreenSession& s = c.S();
-    std::vector<int> rows = RowsWith(s, 'B');
-    ASSERT_EQ(rows.size(), 1u) << s.Dump();
-    EXPECT_TRUE(ShowsWhole(s, "/var/BBBB"));
-    nvtest::ScreenPos first = s.FindText("/etc/nginx/nginx.conf");
-    ASSERT_TRUE(first.Found()) << s.Dump();
-    // The rows start in one column, the long one too.
-    std::string start = s.Text(first.iRow, 0, first.iCol);
-    EXPECT_EQ(start.find_first_not_of(' '), s.Row(rows[0]).find_first_not_of(' ')) << s.Dump();
-    EXPECT_EQ(s.Text(rows[0], z.iCols - 1, 1), "B") << s.Dump();
+    PageModel m = LayOutPage({z.iCols + 1}, 3, s);
+    ASSERT_EQ(RowsWith(s, '>'), m.viLine) << s.Dump();
+    std::vector<int> rows = RowsWith(s, 'Z');
+    ASSERT_EQ(rows, std::vector<int>{m.viLine[2]}) << s.Dump();
+    // The long name's row starts with the middle of the name.
+    EXPECT_EQ(s.Text(rows[0], 0, 1), "Z") << s.Dump();
+    EXPECT_FALSE(s.ScreenContains("/var/Z")) << s.Dump();
+    EXPECT_FALSE(s.ScreenContains("/etc/nginx/nginx.conf")) << s.Dump();
+    // The rows end together at the right edge, their arrows in one column.
+    size_t arrow = s.Row(m.viLine[0]).find(" -> ");
+    for (int line : m.viLine) {
+        EXPECT_EQ(s.Row(line).size(), static_cast<size_t>(z.iCols)) << s.Dump();
+        EXPECT_EQ(s.Row(line).find(" -> "), arrow) << s.Dump();
+    }
+    EXPECT_TRUE(EscLeaves(s));
 }
 
-// The interface rows are wider than 66 columns: each keeps its index and
-// name (what F3 and the interface forms ask for).
-TEST_P(ScreenLong, NetInterfaceRowsKeepIndexAndName) {
+// The interface rows are one cell each, laid out from one column: at 80
+// columns the rows still fit from the name on, at 66 they start left of the
+// window and the names are clipped with the rest of their left part.
+TEST_P(ScreenLong, NetInterfaceRowsShareTheirStart) {
     Size z = GetParam();
     FormConsole c;
     ASSERT_TRUE(c.Start(
         DemoWith([](nlohmann::json& j) { j["simInterfaces"][0]["name"] = "eth0-long-name"; }),
         LAN_ENGLISH, z.iRows, z.iCols));
-    ASSERT_TRUE(OpenLeaf(c, 0, 0, "eth1"));
+    ASSERT_TRUE(OpenLeaf(c, 0, 0, PROMPT_NET_INTERFACE));
     ScreenSession& s = c.S();
-    for (const char* name : {"eth0-long-name", "eth1", "lo"})
-        EXPECT_TRUE(ShowsWhole(s, name));
-    nvtest::ScreenPos p0 = s.FindText("eth0-long-name"), p1 = s.FindText("eth1");
-    EXPECT_EQ(p0.iCol, p1.iCol) << s.Dump();
-    EXPECT_GE(s.Row(p0.iRow).find_first_not_of(' '), 1u) << s.Dump();
+    PageModel m = LayOutPage({z.iCols + 1}, 3, s);
+    const char* macs[] = {"52:54:00:3a:1f:07", "52:54:00:8c:42:b5", "00:00:00:00:00:00"};
+    nvtest::ScreenPos first = s.FindText(macs[0]);
+    ASSERT_TRUE(first.Found()) << s.Dump();
+    for (int r = 0; r < 3; ++r) {
+        nvtest::ScreenPos p = s.FindText(macs[r]);
+        EXPECT_EQ(p.iRow, m.viLine[r]) << s.Dump();
+        EXPECT_EQ(p.iCol, first.iCol) << s.Dump();
+    }
+    // The widest rows end at the right edge.
+    EXPECT_EQ(s.Text(m.viLine[0], z.iCols - 13, 13), "255.255.255.0") << s.Dump();
+    EXPECT_EQ(s.ScreenContains("eth0-long-name"), z.iCols >= 80) << s.Dump();
+    EXPECT_TRUE(EscLeaves(s));
 }
 
-// A listener line of 100 KB among ordinary ones: one row, clipped at the
-// right edge; the other rows whole.
-TEST_P(ScreenLong, TcpListenLineOf100KbTakesOneRow) {
+// A listener line of 100 KB among ordinary ones: the one column claims its
+// length, so the rows start 100 KB left of the window: the long row shows
+// its last bytes across the whole width, the short rows nothing.
+TEST_P(ScreenLong, TcpListenLineOf100KbFillsItsRowAlone) {
     Size z = GetParam();
     std::vector<std::string> lines = {
         "0.0.0.0          22       812  sshd",
@@ -141,15 +209,14 @@ TEST_P(ScreenLong, TcpListenLineOf100KbTakesOneRow) {
     FormConsole c;
     ASSERT_TRUE(c.Start(DemoWith([&](nlohmann::json& j) { j["vsTcpListenList"] = lines; }),
                         LAN_ENGLISH, z.iRows, z.iCols));
-    ASSERT_TRUE(OpenLeaf(c, 2, 6, "sshd"));
+    ASSERT_TRUE(OpenLeaf(c, 2, 6, PROMPT_CONTENT_NO_MODIFY));
     ScreenSession& s = c.S();
-    EXPECT_TRUE(ShowsWhole(s, lines[0]));
-    EXPECT_TRUE(ShowsWhole(s, lines[2]));
-    EXPECT_TRUE(ShowsWhole(s, "0.0.0.0:9999     9999    4242  TTTT"));
-    std::vector<int> rows = RowsWith(s, 'T');
-    ASSERT_EQ(rows.size(), 1u) << s.Dump();
-    EXPECT_EQ(s.Text(rows[0], z.iCols - 1, 1), "T") << s.Dump();
-    EXPECT_EQ(s.FindText(lines[0]).iCol, s.FindText("0.0.0.0:9999").iCol) << s.Dump();
+    PageModel m = LayOutPage({static_cast<int>(lines[1].size())}, 3, s);
+    for (int r = 3; r < z.iRows - 3; ++r) {
+        std::string want = r == m.viLine[1] ? std::string(z.iCols, 'T') : "";
+        EXPECT_EQ(s.Row(r), want) << "row " << r << "\n" << s.Dump();
+    }
+    EXPECT_TRUE(EscLeaves(s));
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, ScreenLong, ::testing::ValuesIn(kSizes),
