@@ -51,53 +51,29 @@ static void ResetPages(HELP_INFO_PARA* p) {
     p->iCurPageNum = 0;
 }
 
-// Bytes of the character at pcText in the current language's encoding:
-// two for a GB2312 pair, two to four for a UTF-8 sequence, else one.
-static int CharBytes(const char* pcText) {
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(pcText);
-    if (p[0] < 0x80)
-        return 1;
-    if (iLanIdx == LAN_CHINESE_GB2312)
-        return p[0] >= 0xA1 && p[1] >= 0xA1 ? 2 : 1;
-    int n = p[0] >= 0xF0 ? 4 : p[0] >= 0xE0 ? 3 : p[0] >= 0xC0 ? 2 : 1;
-    for (int k = 1; k < n; ++k) {
-        if ((p[k] & 0xC0) != 0x80)
-            return 1;
-    }
-    return n;
-}
-
-// A line feed, or a character that does not fit what is left of its line,
-// moves to the next line: widths are counted in bytes, but a line never
-// ends inside a character.
-static bool StartsLine(const HELP_INFO_PARA* p, const char* pcText, int iCol) {
-    return *pcText == '\n' || iCol + CharBytes(pcText) > p->iStartX + p->iWidth;
-}
-
-// A new page starts where a line feed or a character would pass the last
-// line of the area; a line feed that starts a page opens it with an empty
-// line, which the page's line count includes.
+// A new page starts where a line feed or a full line would pass the last
+// line of the area. Widths are counted in bytes, so a multi-byte character
+// can be split across two lines. A line feed that starts a page opens it
+// with an empty line, which the page's line count includes, so that no
+// line of a page wraps back over its top.
 void BreakHelpPages(HELP_INFO_PARA* p, const char* pcText) {
     ResetPages(p);
     int iLine = p->iStartY, iCol = p->iStartX;
-    for (int i = 0; pcText[i] != '\0';) {
+    for (int i = 0; pcText[i] != '\0'; ++i) {
         bool bLineFeed = pcText[i] == '\n';
-        if (StartsLine(p, pcText + i, iCol)) {
-            ++iLine;
-            iCol = p->iStartX;
-            if (iLine >= p->iStartY + p->iHeight) {
-                if (p->iTotalPageNum < HELP_MAX_PAGES)
-                    p->aiPageStartStrPos[p->iTotalPageNum++] = i;
-                iLine = bLineFeed ? p->iStartY + 1 : p->iStartY;
-            }
-        }
-        if (bLineFeed) {
-            ++i;
+        if (!bLineFeed && iCol < p->iStartX + p->iWidth) {
+            ++iCol;
             continue;
         }
-        int n = CharBytes(pcText + i);
-        iCol += n;
-        i += n;
+        ++iLine;
+        iCol = p->iStartX;
+        if (iLine >= p->iStartY + p->iHeight) {
+            if (p->iTotalPageNum < HELP_MAX_PAGES)
+                p->aiPageStartStrPos[p->iTotalPageNum++] = i;
+            iLine = bLineFeed ? p->iStartY + 1 : p->iStartY;
+        }
+        if (!bLineFeed)
+            ++iCol;
     }
 }
 
@@ -112,21 +88,17 @@ void ShowHelpInfoPage(int iPage) {
                                             : static_cast<int>(strlen(pcText)) + 1;
     int iLine = p->iStartY, iCol = p->iStartX;
     wmove(p->pHelpWin, iLine, iCol);
-    for (int i = p->aiPageStartStrPos[iPage]; pcText[i] != '\0' && i < iEnd;) {
-        if (StartsLine(p, pcText + i, iCol)) {
+    for (int i = p->aiPageStartStrPos[iPage]; pcText[i] != '\0' && i < iEnd; ++i) {
+        if (pcText[i] == '\n' || iCol >= p->iStartX + p->iWidth) {
             if (++iLine >= p->iStartY + p->iHeight)
                 iLine = p->iStartY;
             iCol = p->iStartX;
             wmove(p->pHelpWin, iLine, iCol);
         }
-        if (pcText[i] == '\n') {
-            ++i;
+        if (pcText[i] == '\n')
             continue;
-        }
-        int n = CharBytes(pcText + i);
-        waddnstr(p->pHelpWin, pcText + i, n);
-        iCol += n;
-        i += n;
+        waddch(p->pHelpWin, static_cast<unsigned char>(pcText[i]));
+        ++iCol;
     }
     wrefresh(p->pHelpWin);
 }

@@ -10,45 +10,28 @@
 namespace nvcontenttest {
 namespace {
 
-// Bytes of the character at text[i] in language lang: a GB2312 pair, a
-// UTF-8 sequence, else one byte.
-int ModelCharBytes(const std::string& text, size_t i, int lang) {
-    unsigned char c = static_cast<unsigned char>(text[i]);
-    if (c < 0x80)
-        return 1;
-    if (lang == LAN_CHINESE_GB2312)
-        return i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0xA1 && c >= 0xA1
-                   ? 2
-                   : 1;
-    int n = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
-    for (int k = 1; k < n; ++k) {
-        if (i + k >= text.size() || (static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80)
-            return 1;
-    }
-    return n;
-}
-
 // The page starts of text in a w x h area as the paging rule gives them,
-// with no limit on their number: a line feed, or a character that does not
-// fit what is left of its line, moves to the next line; a line past the last
-// starts a new page at that byte, and a page that starts with a line feed
-// shows it as an empty first line.
-std::vector<int> ModelPageStarts(const std::string& text, int w, int h, int lang = LAN_ENGLISH) {
+// with no limit on their number: a line feed or a byte that finds its line
+// full moves to the next line, and a line past the last starts a new page at
+// that byte; a page that starts with a line feed shows it as an empty first
+// line.
+std::vector<int> ModelPageStarts(const std::string& text, int w, int h) {
     std::vector<int> starts = {0};
     int line = 0, col = 0;
-    for (size_t i = 0; i < text.size();) {
+    for (int i = 0; i < static_cast<int>(text.size()); ++i) {
         bool lf = text[i] == '\n';
-        int n = lf ? 0 : ModelCharBytes(text, i, lang);
-        if (lf || col + n > w) {
-            ++line;
-            col = 0;
-            if (line >= h) {
-                starts.push_back(static_cast<int>(i));
-                line = lf ? 1 : 0;
-            }
+        if (!lf && col < w) {
+            ++col;
+            continue;
         }
-        col += n;
-        i += lf ? 1 : n;
+        ++line;
+        col = 0;
+        if (line >= h) {
+            starts.push_back(i);
+            line = lf ? 1 : 0;
+        }
+        if (!lf)
+            ++col;
     }
     return starts;
 }
@@ -376,34 +359,31 @@ TEST_F(HelpPager, PagesFollowEachOtherInOrder) {
     EXPECT_EQ(AreaLine(4), "");
 }
 
-// Widths are counted in bytes, but a line ends before a character that does
-// not fit, never inside it: in UTF-8 (three-byte characters) and in GB2312
-// (two-byte pairs), a 10-byte line holds what fits whole.
-TEST_F(HelpPager, ALineNeverEndsInsideACharacter) {
+// Widths are counted in bytes, in every language: a 10-byte line holds ten
+// bytes, so a UTF-8 character (three bytes) or a GB2312 pair (two) at its
+// end is split across two lines, and the next page starts after twenty
+// bytes, inside a character.
+TEST_F(HelpPager, AMultiByteCharacterCanBeSplitAcrossLines) {
     HELP_INFO_PARA stPara = sg_HelpInfo;
     stPara.iWidth = 10;
     stPara.iHeight = 2;
-    std::string utf8 = "a";
+    std::string utf8 = "ab";
     for (int i = 0; i < 7; ++i)
         utf8 += "\xe4\xb8\xad";
-    iLanIdx = LAN_CHINESE_UTF8;
-    BreakHelpPages(&stPara, utf8.c_str());
-    // "a" and three characters (10 bytes), three (9 bytes), then page 1.
-    ASSERT_EQ(stPara.iTotalPageNum, 2);
-    EXPECT_EQ(stPara.aiPageStartStrPos[1], 1 + 6 * 3);
     std::string gb = "a";
     for (int i = 0; i < 10; ++i)
         gb += "\xd6\xd0";
-    iLanIdx = LAN_CHINESE_GB2312;
-    BreakHelpPages(&stPara, gb.c_str());
-    // "a" and four pairs (9 bytes), five pairs (10 bytes), then page 1.
-    ASSERT_EQ(stPara.iTotalPageNum, 2);
-    EXPECT_EQ(stPara.aiPageStartStrPos[1], 1 + 9 * 2);
-    // English text keeps the byte rule: a 10-byte line is full.
+    const struct {
+        int iLang;
+        const std::string& sText;
+    } cases[] = {{LAN_CHINESE_UTF8, utf8}, {LAN_CHINESE_GB2312, gb}, {LAN_ENGLISH, utf8}};
+    for (const auto& c : cases) {
+        iLanIdx = c.iLang;
+        BreakHelpPages(&stPara, c.sText.c_str());
+        ASSERT_EQ(stPara.iTotalPageNum, 2) << c.iLang;
+        EXPECT_EQ(stPara.aiPageStartStrPos[1], 20) << c.iLang;
+    }
     iLanIdx = LAN_ENGLISH;
-    BreakHelpPages(&stPara, std::string(21, 'e').c_str());
-    ASSERT_EQ(stPara.iTotalPageNum, 2);
-    EXPECT_EQ(stPara.aiPageStartStrPos[1], 20);
 }
 
 // The implementation's page breaks agree with the rule for texts of the
@@ -417,18 +397,13 @@ TEST_F(HelpPager, BreaksFollowThePagingRule) {
                                       std::string(78 * 16, 'a'),
                                       std::string(78 * 16 + 1, 'a'),
                                       std::string(16, '\n') + "after sixteen line feeds"};
-    std::vector<int> langs(texts.size(), LAN_ENGLISH);
     for (int id = 0; id < EN_HELP_MAX; ++id) {
-        for (int lang = 0; lang < LAN_MAX; ++lang) {
+        for (int lang = 0; lang < LAN_MAX; ++lang)
             texts.push_back(pcStrHelp[id][lang]);
-            langs.push_back(lang);
-        }
     }
     HELP_INFO_PARA stPara = sg_HelpInfo;
-    for (size_t k = 0; k < texts.size(); ++k) {
-        const std::string& t = texts[k];
-        iLanIdx = langs[k];
-        std::vector<int> want = ModelPageStarts(t, 78, 16, langs[k]);
+    for (const std::string& t : texts) {
+        std::vector<int> want = ModelPageStarts(t, 78, 16);
         ASSERT_LE(want.size(), static_cast<size_t>(HELP_MAX_PAGES));
         BreakHelpPages(&stPara, t.c_str());
         EXPECT_EQ(stPara.iTotalPageNum, static_cast<int>(want.size())) << t;
@@ -439,7 +414,7 @@ TEST_F(HelpPager, BreaksFollowThePagingRule) {
 }
 
 // Every help text of every language fits the table of 20 page starts, on the
-// usual 80 x 24 terminal and on a small one of 60 x 20.
+// usual 80 x 24 terminal, the smallest of 66 x 18 and a small one of 60 x 20.
 TEST_F(HelpPager, EveryCatalogueTextFitsTwentyPages) {
     const int sizes[][2] = {{80, 24}, {66, 18}, {60, 20}};
     for (const auto& size : sizes) {
@@ -448,7 +423,7 @@ TEST_F(HelpPager, EveryCatalogueTextFitsTwentyPages) {
             for (int lang = 0; lang < LAN_MAX; ++lang) {
                 const char* pcText = pcStrHelp[id][lang];
                 ASSERT_NE(pcText, nullptr) << "help " << id << " language " << lang;
-                size_t pages = ModelPageStarts(pcText, w, h, lang).size();
+                size_t pages = ModelPageStarts(pcText, w, h).size();
                 EXPECT_LE(pages, static_cast<size_t>(HELP_MAX_PAGES))
                     << "help " << id << " language " << lang << " on " << size[0] << "x" << size[1];
             }
