@@ -63,6 +63,27 @@ if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache;
 deb=$(ls "$OUT"/nvui_*.deb)
 ok "built $(basename "$deb")"
 
+echo "== dependencies =="
+# Every pkg-config module the build requires comes from a package named in
+# Build-Depends, so that a clean build machine has what the build reads.
+bdeps=$(sed -n '/^Build-Depends:/,/^[A-Z]/p' debian/control | tr ',' '\n' | sed 's/^Build-Depends://; s/(.*//; s/[[:space:]]//g' | grep -v '^[A-Z]' | grep -v '^$')
+for mod in $(grep -rhoE 'IMPORTED_TARGET( GLOBAL)? [a-z0-9 .+_-]+' --include=CMakeLists.txt src tools CMakeLists.txt |
+             sed -E 's/IMPORTED_TARGET( GLOBAL)? //'); do
+  pc="$(pkg-config --variable=pcfiledir "$mod")/$mod.pc"
+  pkg=$(dpkg -S "$(readlink -f "$pc")" 2>/dev/null | head -1 | cut -d: -f1) || true
+  [ -n "$pkg" ] || fail "no package owns $pc"
+  grep -qx "$pkg" <<<"$bdeps" || fail "Build-Depends lacks $pkg (for $mod)"
+done
+for pkg in libnl-3-dev libnl-route-3-dev nlohmann-json3-dev; do
+  grep -qx "$pkg" <<<"$bdeps" || fail "Build-Depends lacks $pkg"
+done
+# What the live agent runs is a dependency of the package.
+depends=$(dpkg-deb -f "$deb" Depends)
+for pkg in iproute2 iptables passwd; do
+  grep -qE "(^|, )$pkg(,| |$)" <<<"$depends" || fail "Depends lacks $pkg: $depends"
+done
+ok "Build-Depends cover the build's modules; Depends: $depends"
+
 echo "== lintian =="
 rc=0
 lintian --fail-on error --display-info "$OUT"/nvui_*.changes >"$OUT/lintian.log" 2>&1 || rc=$?
@@ -81,6 +102,9 @@ fi
 $SUDO dpkg -i "$deb"
 if pgrep -f '^/usr/sbin/norvaned' >/dev/null; then fail "installing started the live agent"; fi
 ok "installed; no agent started outside the service manager"
+[ -d /etc/norvane ] && [ "$($SUDO stat -c '%a %U' /etc/norvane)" = "700 root" ] ||
+  fail "/etc/norvane not made by the package with mode 0700"
+ok "the package made /etc/norvane, mode 0700"
 
 echo "== installed files =="
 for b in /usr/bin/nvui /usr/bin/nvcmd /usr/bin/nvstart /usr/sbin/norvaned; do
@@ -193,6 +217,7 @@ for f in /var/log/nvui.log /var/log/nvui.log.1 /var/log/nvui.log.2.gz; do
 done
 $SUDO dpkg -i "$deb" >/dev/null
 [ -f /etc/norvane/settings.json ] && [ -f /var/log/nvui.log ] || fail "reinstalling lost the data"
+[ "$($SUDO stat -c %a /etc/norvane)" = 700 ] || fail "reinstalling changed the mode of /etc/norvane"
 $SUDO dpkg -r nvui >/dev/null
 [ ! -e /usr/sbin/norvaned ] || fail "removal left norvaned"
 [ -f /etc/norvane/settings.json ] && [ -f /var/log/nvui.log.1 ] || fail "removal lost the data"

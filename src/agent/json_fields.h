@@ -11,6 +11,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace nvagent {
@@ -99,7 +100,15 @@ struct WholeRange<char> {
 template <class Rec, class T>
 FieldCodec<Rec> Whole(const char* key, T Rec::*m, long long lo = WholeRange<T>::lo,
                       long long hi = WholeRange<T>::hi) {
-    return {key, [m](const Rec& r, Json& j) { j = static_cast<long long>(r.*m); },
+    // Unsigned fields are written as unsigned, so that no large value
+    // prints as a negative one.
+    return {key,
+            [m](const Rec& r, Json& j) {
+                if (std::is_unsigned<T>::value)
+                    j = static_cast<unsigned long long>(r.*m);
+                else
+                    j = static_cast<long long>(r.*m);
+            },
             [m, lo, hi](const Json& j, Rec& r, const std::string& path, std::string& err) {
                 long long v = 0;
                 if (!GetWhole(j, lo, hi, v, path, err))

@@ -114,7 +114,9 @@ bool ParseNorvanedOptions(int argc, char** argv, NorvanedOptions& opts, std::str
     opterr = 0;
     err.clear();
     int id;
-    while ((id = getopt_long(argc, argv, ":", kLongOptions, nullptr)) != -1) {
+    while ((id = getopt_long(argc, argv, ":h", kLongOptions, nullptr)) != -1) {
+        if (id == 'h')
+            id = kHelp;  // -h as the other tools take it
         if (id == ':') {
             err = "option " + Offending(argc, argv, true) + " needs a value";
             return false;
@@ -164,7 +166,7 @@ const char* NorvanedUsage() {
            "  --journal-max BYTES  start a new journal when it would pass BYTES, keeping\n"
            "                  the previous one as FILE.1 (default 8 MiB)\n"
            "  --foreground    stay attached to the terminal instead of detaching\n"
-           "  --help          show this text and exit\n"
+           "  -h, --help      show this text and exit\n"
            "\n"
            "Exit status: 0 after a clean stop (SIGTERM or SIGINT), 1 when the agent\n"
            "cannot start, 2 for a usage error.\n";

@@ -52,7 +52,10 @@ static void ResetPages(HELP_INFO_PARA* p) {
 }
 
 // A new page starts where a line feed or a full line would pass the last
-// line of the area; that line feed then opens the new page as an empty line.
+// line of the area. Widths are counted in bytes, so a multi-byte character
+// can be split across two lines. A line feed that starts a page opens it
+// with an empty line, which the page's line count includes, so that no
+// line of a page wraps back over its top.
 void BreakHelpPages(HELP_INFO_PARA* p, const char* pcText) {
     ResetPages(p);
     int iLine = p->iStartY, iCol = p->iStartX;
@@ -67,7 +70,7 @@ void BreakHelpPages(HELP_INFO_PARA* p, const char* pcText) {
         if (iLine >= p->iStartY + p->iHeight) {
             if (p->iTotalPageNum < HELP_MAX_PAGES)
                 p->aiPageStartStrPos[p->iTotalPageNum++] = i;
-            iLine = p->iStartY;
+            iLine = bLineFeed ? p->iStartY + 1 : p->iStartY;
         }
         if (!bLineFeed)
             ++iCol;

@@ -85,8 +85,7 @@ void ConfirmChoice() {
     if (pItem != NULL && pItem != c.pCurItem && c.pfnChooseUpdate != NULL) {
         std::string strChoice = item_name(pItem);
         NV_DBG("Choose ctrl:choose:%s", strChoice.c_str());
-        ShowInfomation(pcStrWait[iLanIdx]);
-        ShowCtrlOperatingResult(c.pfnChooseUpdate(&strChoice[0], c.arg));
+        RunUpdateShowingWait(c.pfnChooseUpdate, &strChoice[0], c.arg);
     }
     pfBackToLastLevel pfnReturn = c.pfnReturn;
     CloseChooseBar();

@@ -16,6 +16,10 @@
 // Shows the text of a result code on the information line (nothing for a
 // code without text).
 void ShowCtrlOperatingResult(int iResultCode);
+// Calls the update function and shows its result; input typed while a
+// command was awaited is discarded. The second shows the wait text first.
+void RunUpdate(UPDATE_FUNC pfnUpdate, char* pcSetting, void* arg);
+void RunUpdateShowingWait(UPDATE_FUNC pfnUpdate, char* pcSetting, void* arg);
 
 typedef struct _ST_ENQUIRY_CTRL {
     int iYesStartY;
@@ -160,7 +164,7 @@ void ScKeyKeyFunction(int iKeyValue);
 void ScKeyContentReturnFunc();
 // The form text: "*" and the value of every choose or input field, in
 // order, then a final "*", cut to fit ulSize bytes with the NUL. Returns its
-// length.
-size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize);
+// length. With bMask, password fields are asterisks, as for the log.
+size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize, bool bMask = false);
 
 #endif

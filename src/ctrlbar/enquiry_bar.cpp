@@ -79,7 +79,7 @@ static void Answer() {
         char szAnswer[64];
         strncpy(szAnswer, pcAnswer, sizeof(szAnswer) - 1);
         szAnswer[sizeof(szAnswer) - 1] = '\0';
-        ShowCtrlOperatingResult(e.pfnEnquireUpdate(szAnswer, NULL));
+        RunUpdate(e.pfnEnquireUpdate, szAnswer, NULL);
     }
     delwin(e.pEnqrWin);
     if (e.pfnReturn)

@@ -5,6 +5,7 @@
 // scrolls to show the end of the text.
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "ctrlbar/control_bar.h"
 #include "shell/nv_log.h"
@@ -27,6 +28,14 @@ void EchoChar(int iY, int iX, char ch) {
         mvwaddch(c.pInputWin, iY, iX, static_cast<unsigned char>(ch));
     else if (c.iInputType == 1)
         mvwaddch(c.pInputWin, iY, iX, '*');
+}
+
+// The text as the log may hold it: a password field's bytes become
+// asterisks of the same number.
+std::string LoggedText(const char* pcText) {
+    if (gs_stInputCtrl.iInputType == 1)
+        return std::string(strlen(pcText), '*');
+    return pcText;
 }
 
 // One column on; past the right edge, the start of the next line.
@@ -97,7 +106,7 @@ void EraseChar() {
     c.szInputBuf[--c.iInputNum] = '\0';
     int iCells = c.iWidth * c.iHeight;
     if (c.iInputLenLimitFlag == 0 && c.iInputNum >= iCells) {
-        NV_DBG("Input info:%s", c.szInputBuf + c.iInputNum - iCells);
+        NV_DBG("Input info:%s", LoggedText(c.szInputBuf + c.iInputNum - iCells).c_str());
         RedrawTail(c.iInputNum - iCells);
         // One column right of the field, on its last line: kept so.
         c.x = c.iStartX + c.iWidth;
@@ -125,10 +134,9 @@ void ConfirmInput() {
     char szText[INPUT_BUF_LEN + 1];
     memcpy(szText, c.szInputBuf, INPUT_BUF_LEN);
     szText[c.iInputNum] = '\0';
-    NV_DBG("Input string(%d):%s", c.iInputNum, szText);
+    NV_DBG("Input string(%d):%s", c.iInputNum, LoggedText(szText).c_str());
     if (c.iInputNum > 0) {
-        ShowInfomation(pcStrWait[iLanIdx]);
-        ShowCtrlOperatingResult(c.pfnInputUpdate(szText, c.arg));
+        RunUpdateShowingWait(c.pfnInputUpdate, szText, c.arg);
     }
     CloseInputBar();
 }

@@ -80,8 +80,7 @@ void ConfirmList(char* pcSendBuffer, size_t ulSendLen, char& cAddFlag) {
     TakePendingLine();
     JoinList(pcSendBuffer, ulSendLen);
     NV_DBG("list:confirm:%s", pcSendBuffer);
-    ShowInfomation(pcStrWait[iLanIdx]);
-    ShowCtrlOperatingResult(c.pfnListUpdate(pcSendBuffer, NULL));
+    RunUpdateShowingWait(c.pfnListUpdate, pcSendBuffer, NULL);
     CloseListBar(pcSendBuffer, ulSendLen, cAddFlag);
 }
 

@@ -3,6 +3,7 @@
 // joins the fields ("*" before each, a final "*") and hands the text to the
 // key's command sender, Esc closes keeping what was typed.
 #include <cstring>
+#include <string>
 
 #include "content/content_view.h"
 #include "ctrlbar/control_bar.h"
@@ -15,8 +16,10 @@ ST_SCKEY_CTRL gs_stSckeyCtrl;
 
 namespace {
 
-// The joined form text; static so that a key allocates nothing.
+// The joined form text, and the same with password fields masked for the
+// log; static so that a key allocates nothing.
 char szSendBuffer[SCKEY_SEND_BUF_LEN];
+char szLogBuffer[SCKEY_SEND_BUF_LEN];
 
 // Writes text at position iPos, never past the buffer's last byte (the end
 // stays NUL); returns the new position.
@@ -45,17 +48,17 @@ void ConfirmForm() {
     if (c.pfnSckeyUpdate == NULL)
         return;
     JoinFormFields(c.stDrawInfo.pstContent, szSendBuffer, sizeof(szSendBuffer));
-    NV_DBG("Shortcut Key Send Data Buffer:%s", szSendBuffer);
-    ShowInfomation(pcStrWait[iLanIdx]);
+    JoinFormFields(c.stDrawInfo.pstContent, szLogBuffer, sizeof(szLogBuffer), true);
+    NV_DBG("Shortcut Key Send Data Buffer:%s", szLogBuffer);
     // A sender that succeeds rebuilds its page and so frees this form; the
     // bar touches the form no more after this call.
-    ShowCtrlOperatingResult(c.pfnSckeyUpdate(szSendBuffer, NULL));
+    RunUpdateShowingWait(c.pfnSckeyUpdate, szSendBuffer, NULL);
     CloseShortcutBar();
 }
 
 }  // namespace
 
-size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize) {
+size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize, bool bMask) {
     if (pcBuf == NULL || ulSize == 0)
         return 0;
     memset(pcBuf, 0, ulSize);
@@ -68,7 +71,9 @@ size_t JoinFormFields(const CONTENT_DATA* pstForm, char* pcBuf, size_t ulSize) {
                 continue;
             // A field's text is cut where the buffer ends, never written past it.
             iPos = PutText(pcBuf, ulSize, iPos, "*");
-            iPos = PutText(pcBuf, ulSize, iPos, stSec.strSecName.c_str());
+            // Masked, a password field shows as the page draws it.
+            std::string strText = bMask ? CellText(stSec) : stSec.strSecName;
+            iPos = PutText(pcBuf, ulSize, iPos, strText.c_str());
         }
     }
     return PutText(pcBuf, ulSize, iPos, "*");

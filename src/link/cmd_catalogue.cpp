@@ -10,6 +10,9 @@
 
 namespace {
 
+// The command whose payload holds a password.
+const int CMD_MODIFY_PASSWORD = 56;
+
 struct ST_CMD_ENTRY {
     int iCmd;
     EN_PAYLOAD_KIND enKind;
@@ -189,7 +192,10 @@ int NewLevelUpdateFunc(char* pcSetting, void* arg) {
         return -1;
     std::string sPayload = EncodeForm(pcSetting);
     int iLen = static_cast<int>(sPayload.size());
-    NV_DBG("new level send cmd:%d: Data:(%d):%s", iCmd, iLen, sPayload.c_str());
+    // The password command's payload is logged as asterisks of its length.
+    std::string sLogged =
+        iCmd == CMD_MODIFY_PASSWORD ? std::string(sPayload.size(), '*') : sPayload;
+    NV_DBG("new level send cmd:%d: Data:(%d):%s", iCmd, iLen, sLogged.c_str());
     return SetObjInfo(iCmd, iLen, &sPayload[0]);
 }
 

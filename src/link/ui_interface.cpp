@@ -96,9 +96,18 @@ int GetObjInfo() {
     return RequestCmd(pg_Obj);
 }
 
+// Set requests sent so far; the control bars compare it around an update
+// function to learn whether the user waited for the agent.
+static unsigned long s_ulSetRequests = 0;
+
+unsigned long SetRequestCount() {
+    return s_ulSetRequests;
+}
+
 int SetObjInfo(int iCmdIdx, int iDataLen, char* pcData) {
     if (!(iCmdIdx > 3 && iCmdIdx < 64))
         return -1;
+    ++s_ulSetRequests;
     int iRet = ConnectAgent(__func__);
     if (iRet != 0)
         return iRet;

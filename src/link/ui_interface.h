@@ -16,6 +16,8 @@
 int UI_InitInterface(int* piLanguageCode, std::string& version);
 int GetObjInfo();
 int SetObjInfo(int iCmdIdx, int iDataLen, char* pcData);
+// How many set requests SetObjInfo has tried to send since start.
+unsigned long SetRequestCount();
 const char* GetOperatingInfoStr(int iInfoIndex);
 
 // Applies NVUI_SOCKET and NVUI_LOG to the record (the log level and the

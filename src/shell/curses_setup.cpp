@@ -24,6 +24,11 @@ void InitCurses() {
     setlocale(LC_ALL, iLanIdx == LAN_CHINESE_GB2312 ? "zh_CN.GB2312" : "en_US.UTF-8");
     set_escdelay(ESC_DELAY_MS);
     initscr();
+    // No typeahead check: curses would otherwise poll the keyboard and
+    // flush its output line by line during every refresh, which made the
+    // first screen a hundred small writes. A refresh now always completes
+    // in one write; keys wait in the input queue as before.
+    typeahead(-1);
     InitWinchSignal();
     cbreak();
     noecho();

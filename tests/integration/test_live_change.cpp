@@ -14,6 +14,7 @@
 #include <sstream>
 #include <thread>
 
+#include "child_process.h"
 #include "link/result_codes.h"
 #include "live_sandbox.h"
 #include "temp_dir.h"
@@ -37,6 +38,14 @@ protected:
         }
     }
     int Send(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
+    // The configuration record of one check; empty when the check fails.
+    cConf_Inf CheckedConf() {
+        cConf_Inf conf;
+        cSvrState svr;
+        std::string err;
+        EXPECT_TRUE(agent.Check(conf, svr, err)) << err;
+        return conf;
+    }
     static std::string Sysctl(const std::string& key) {
         std::string v = Tool({"sysctl", "-n", key});
         if (!v.empty())
@@ -88,12 +97,44 @@ TEST_F(LiveChange, KernelLimitsWithTheAgentsAndTheKernelsChecks) {
     EXPECT_NE(file.find("kernel.threads-max = 600\n"), std::string::npos);
     EXPECT_NE(file.find("kernel.shmmax = 67108864\n"), std::string::npos);
     EXPECT_EQ(file.find("kernel.shmmni"), std::string::npos);
-    cConf_Inf conf;
-    cSvrState svr;
-    std::string err;
-    ASSERT_TRUE(agent.Check(conf, svr, err)) << err;
+    cConf_Inf conf = CheckedConf();
     EXPECT_EQ(conf.ulThreadMax, 600u);
     EXPECT_EQ(conf.ulFileMax, 100000u);
+}
+
+// A new IPC namespace starts with kernel.shmmax and kernel.shmall at the
+// kernel's "no limit" default, beyond the record's 32-bit fields: they are
+// reported as the field's largest value, nvcmd check prints them unsigned
+// and says what they mean, setting the shown value changes nothing, and a
+// smaller one is written with an answer that names what it replaced.
+TEST_F(LiveChange, KernelLimitsBeyondTheFieldAreReportedSaturated) {
+    const std::string noLimit = "18446744073692774399";
+    Tool({"sysctl", "-w", "kernel.shmmax=" + noLimit});
+    Tool({"sysctl", "-w", "kernel.shmall=" + noLimit});
+    ASSERT_EQ(Sysctl("kernel.shmmax"), noLimit);
+    cConf_Inf conf = CheckedConf();
+    EXPECT_EQ(conf.ulShmMax, 4294967295u);
+    EXPECT_EQ(conf.ulShmAll, 4294967295u);
+
+    nvtest::TempDir files;
+    setenv("NVUI_SOCKET", agent.SocketPath().c_str(), 1);
+    setenv("NVUI_LOG", files.File("nvcmd.log").c_str(), 1);
+    nvtest::RunResult r = nvtest::RunProgram({std::string(NV_BIN_DIR) + "/nvcmd", "check"});
+    unsetenv("NVUI_SOCKET");
+    unsetenv("NVUI_LOG");
+    ASSERT_EQ(r.iExitCode, 0) << r.sStderr;
+    nlohmann::json j = nlohmann::json::parse(r.sStdout);
+    EXPECT_EQ(j["ulShmMax"].dump(), "4294967295");
+    EXPECT_EQ(j["ulShmAll"].dump(), "4294967295");
+    EXPECT_NE(r.sStderr.find("ulShmMax is 4294967295"), std::string::npos) << r.sStderr;
+    EXPECT_NE(r.sStderr.find("no limit"), std::string::npos) << r.sStderr;
+
+    EXPECT_EQ(Send(7, "4294967295"), em_ActNeedNoSet) << detail;
+    EXPECT_NE(detail.find("no-limit default"), std::string::npos) << detail;
+    EXPECT_EQ(Sysctl("kernel.shmmax"), noLimit);
+    EXPECT_EQ(Send(8, "2097152"), em_ActSuccAll) << detail;
+    EXPECT_NE(detail.find(noLimit + " (no limit) and is now 2097152"), std::string::npos) << detail;
+    EXPECT_EQ(Sysctl("kernel.shmall"), "2097152");
 }
 
 TEST_F(LiveChange, HostNameEverywhereOrNowhere) {

@@ -89,7 +89,8 @@ TEST_F(NvstartTest, StartsNorvanedItselfAndWaitsForItsAnswer) {
     nvtest::RunResult r = Nvstart({"--socket", Socket()});
     EXPECT_EQ(r.iExitCode, 0) << r.sStderr;
     EXPECT_EQ(r.sStdout, "nvstart: started " + std::string(NV_BIN_DIR) +
-                             "/norvaned; norvaned answers on " + Socket() + ".\n");
+                             "/norvaned (simulator backend); norvaned answers on " + Socket() +
+                             ".\n");
     EXPECT_THAT(r.sStderr, IsEmpty());
     EXPECT_TRUE(Answers());
     std::vector<pid_t> agents = AgentsOn(Socket());
@@ -182,6 +183,47 @@ TEST_F(NvstartTest, SaysSoWhenNorvanedIsMissing) {
     EXPECT_EQ(r.iExitCode, 1);
     EXPECT_EQ(r.sStderr, "nvstart: norvaned is neither beside nvstart nor in ../sbin.\n");
     EXPECT_FALSE(Answers());
+}
+
+// Without norvaned's options, a socket of its own gets norvaned's own
+// default backend, the simulator, as "norvaned --socket PATH" does, and
+// nvstart says so. nvstart runs here beside a stand-in norvaned that notes
+// its arguments and runs the real one on the simulator whatever they say,
+// so that a regression never starts the live backend on this machine.
+TEST_F(NvstartTest, WithoutAgentOptionsAPrivateSocketGetsTheSimulator) {
+    std::string bin = m_dir.File("bin");
+    ASSERT_EQ(mkdir(bin.c_str(), 0755), 0);
+    ASSERT_TRUE(nvtest::WriteFile(bin + "/nvstart", nvtest::ReadFile(kNvstart)));
+    ASSERT_TRUE(nvtest::WriteFile(
+        bin + "/norvaned", "#!/bin/sh\nprintf '%s\\n' \"$@\" > " + m_dir.File("args") + "\nexec " +
+                               NV_BIN_DIR + "/norvaned \"$@\" --backend sim\n"));
+    ASSERT_EQ(chmod((bin + "/nvstart").c_str(), 0755), 0);
+    ASSERT_EQ(chmod((bin + "/norvaned").c_str(), 0755), 0);
+    nvtest::RunResult r = nvtest::RunProgram({bin + "/nvstart", "--socket", Socket()}, 20000);
+    EXPECT_EQ(r.iExitCode, 0) << r.sStderr;
+    EXPECT_THAT(r.sStdout, HasSubstr("(simulator backend); norvaned answers on " + Socket()));
+    EXPECT_EQ(nvtest::ReadFile(m_dir.File("args")), "--socket\n" + Socket() + "\n");
+    EXPECT_EQ(AgentsOn(Socket()).size(), 1u);
+}
+
+// norvaned's --foreground is refused before anything is started: nvstart
+// waits for the agent to detach, and a foreground agent would hold the
+// caller's terminal.
+TEST_F(NvstartTest, RefusesForeground) {
+    nvtest::RunResult r =
+        Nvstart({"--socket", Socket(), "--", "--backend", "sim", "--foreground"}, false);
+    EXPECT_EQ(r.iExitCode, 2);
+    EXPECT_THAT(r.sStderr, HasSubstr("--foreground is not accepted"));
+    EXPECT_THAT(r.sStdout, IsEmpty());
+    EXPECT_THAT(AgentsOn(Socket()), IsEmpty());
+    EXPECT_FALSE(Answers());
+}
+
+// norvaned takes -h as nvstart and nvcmd do.
+TEST_F(NvstartTest, NorvanedTakesDashH) {
+    nvtest::RunResult r = nvtest::RunProgram({std::string(NV_BIN_DIR) + "/norvaned", "-h"});
+    EXPECT_EQ(r.iExitCode, 0) << r.sStderr;
+    EXPECT_THAT(r.sStdout, HasSubstr("Usage: norvaned"));
 }
 
 TEST_F(NvstartTest, UsageErrorsAndHelp) {

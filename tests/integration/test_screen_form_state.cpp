@@ -180,6 +180,41 @@ TEST_F(FormStateTest, PasswordFormEchoesAsterisksAndSendsTheText) {
     EXPECT_FALSE(s.ScreenContains("s3cret"));
 }
 
+// The diagnostic log holds a password as asterisks of its length, in the
+// input bar's record, the form's buffer and the command's payload, for a
+// refused attempt and an accepted one; the user name is logged as it is.
+TEST_F(FormStateTest, TheLogHoldsNoPasswordByte) {
+    Open();
+    ScreenSession& s = c.S();
+    size_t from = c.JournalSize();
+    // First the confirmation differs (refused), then both agree.
+    const char* confirms[] = {"Zq7#wX", "Kp9!vY"};
+    for (const char* confirm : confirms) {
+        s.SendKey(Key::F3);
+        ASSERT_TRUE(s.WaitForTextAnywhere("New Password Confirm:")) << s.Dump();
+        TypeField(s, "admin");
+        s.SendKey(Key::Down);
+        TypeField(s, "Kp9!vY");
+        s.SendKey(Key::Down);
+        TypeField(s, confirm);
+        s.SendKey(Key::F9);
+        ASSERT_TRUE(Eventually(s, [&] { return StatePageShows(s, m_host, m_date); }));
+    }
+    ASSERT_TRUE(Eventually(s, [&] { return AssertionResult(c.SetsFrom(from).size() >= 1); }));
+    std::string log = c.Run().ReadConsoleLog();
+    for (const char* secret : {"Kp9", "p9!", "9!v", "!vY", "Zq7", "q7#", "7#w", "#wX"})
+        EXPECT_EQ(log.find(secret), std::string::npos) << secret << " in the log:\n" << log;
+    EXPECT_NE(log.find("Input string(5):admin\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("Input string(6):******\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("Shortcut Key Send Data Buffer:*admin*" + std::string(6, '*') + "*" +
+                       std::string(6, '*') + "*\n"),
+              std::string::npos)
+        << log;
+    EXPECT_NE(log.find("new level send cmd:56: Data:(19):" + std::string(19, '*') + "\n"),
+              std::string::npos)
+        << log;
+}
+
 TEST_F(FormStateTest, KeysWithoutFormAreIgnoredAndTheBoxFitsA100x30Terminal) {
     Open(30, 100);
     ScreenSession& s = c.S();

@@ -13,7 +13,8 @@ namespace {
 // The page starts of text in a w x h area as the paging rule gives them,
 // with no limit on their number: a line feed or a byte that finds its line
 // full moves to the next line, and a line past the last starts a new page at
-// that byte.
+// that byte; a page that starts with a line feed shows it as an empty first
+// line.
 std::vector<int> ModelPageStarts(const std::string& text, int w, int h) {
     std::vector<int> starts = {0};
     int line = 0, col = 0;
@@ -27,7 +28,7 @@ std::vector<int> ModelPageStarts(const std::string& text, int w, int h) {
         col = 0;
         if (line >= h) {
             starts.push_back(i);
-            line = 0;
+            line = lf ? 1 : 0;
         }
         if (!lf)
             ++col;
@@ -211,21 +212,20 @@ TEST_F(HelpPager, AShortTextHasOnePageAndDownDoesNothing) {
 }
 
 TEST_F(HelpPager, KeysTurnThePages) {
-    Open(NumberedLines(40));  // pages start at lines 1, 17 and 33
+    Open(NumberedLines(40));  // pages start at lines 1, 17 and 32
     ASSERT_EQ(sg_HelpInfo.iTotalPageNum, 3);
     HelpInfoKeyFunc(KEY_NPAGE);
     EXPECT_EQ(sg_HelpInfo.iCurPageNum, 1);
     EXPECT_EQ(AreaLine(2), "line 17");
     EXPECT_EQ(AreaLine(16), "line 31");
-    // A full page that starts with a line feed has one line more than the
-    // area: its last line goes back to the top, over the empty first line.
-    EXPECT_EQ(AreaLine(1), "line 32");
+    // A page that starts with a line feed shows it as its empty first line.
+    EXPECT_EQ(AreaLine(1), "");
     HelpInfoKeyFunc(KEY_DOWN);
     EXPECT_EQ(sg_HelpInfo.iCurPageNum, 2);
     EXPECT_EQ(AreaLine(1), "");
-    EXPECT_EQ(AreaLine(2), "line 33");
-    EXPECT_EQ(AreaLine(9), "line 40");
-    EXPECT_EQ(AreaLine(10), "");
+    EXPECT_EQ(AreaLine(2), "line 32");
+    EXPECT_EQ(AreaLine(10), "line 40");
+    EXPECT_EQ(AreaLine(11), "");
     // The last page stays.
     HelpInfoKeyFunc(KEY_NPAGE);
     HelpInfoKeyFunc(KEY_DOWN);
@@ -339,6 +339,53 @@ TEST_F(HelpPager, F12AfterEscOnTheLastPageShowsPageZero) {
     sg_Screen.pfnCurKeyFunc(27);
 }
 
+// A page that starts with a line feed shows it as its empty first line and
+// so holds one line of text fewer: every page goes on where the one before
+// it ended, and no line of a page wraps back over its top.
+TEST_F(HelpPager, PagesFollowEachOtherInOrder) {
+    Open(NumberedLines(33));
+    ASSERT_EQ(sg_HelpInfo.iTotalPageNum, 3);
+    ShowHelpInfoPage(1);
+    EXPECT_EQ(AreaLine(1), "");
+    for (int y = 2; y <= 16; ++y) {
+        char sz[16];
+        snprintf(sz, sizeof(sz), "line %02d", y + 15);
+        EXPECT_EQ(AreaLine(y), sz) << "line " << y;
+    }
+    ShowHelpInfoPage(2);
+    EXPECT_EQ(AreaLine(1), "");
+    EXPECT_EQ(AreaLine(2), "line 32");
+    EXPECT_EQ(AreaLine(3), "line 33");
+    EXPECT_EQ(AreaLine(4), "");
+}
+
+// Widths are counted in bytes, in every language: a 10-byte line holds ten
+// bytes, so a UTF-8 character (three bytes) or a GB2312 pair (two) at its
+// end is split across two lines, and the next page starts after twenty
+// bytes, inside a character.
+TEST_F(HelpPager, AMultiByteCharacterCanBeSplitAcrossLines) {
+    HELP_INFO_PARA stPara = sg_HelpInfo;
+    stPara.iWidth = 10;
+    stPara.iHeight = 2;
+    std::string utf8 = "ab";
+    for (int i = 0; i < 7; ++i)
+        utf8 += "\xe4\xb8\xad";
+    std::string gb = "a";
+    for (int i = 0; i < 10; ++i)
+        gb += "\xd6\xd0";
+    const struct {
+        int iLang;
+        const std::string& sText;
+    } cases[] = {{LAN_CHINESE_UTF8, utf8}, {LAN_CHINESE_GB2312, gb}, {LAN_ENGLISH, utf8}};
+    for (const auto& c : cases) {
+        iLanIdx = c.iLang;
+        BreakHelpPages(&stPara, c.sText.c_str());
+        ASSERT_EQ(stPara.iTotalPageNum, 2) << c.iLang;
+        EXPECT_EQ(stPara.aiPageStartStrPos[1], 20) << c.iLang;
+    }
+    iLanIdx = LAN_ENGLISH;
+}
+
 // The implementation's page breaks agree with the rule for texts of the
 // catalogue and for the test's own.
 TEST_F(HelpPager, BreaksFollowThePagingRule) {
@@ -367,9 +414,9 @@ TEST_F(HelpPager, BreaksFollowThePagingRule) {
 }
 
 // Every help text of every language fits the table of 20 page starts, on the
-// usual 80 x 24 terminal and on a small one of 60 x 20.
+// usual 80 x 24 terminal, the smallest of 66 x 18 and a small one of 60 x 20.
 TEST_F(HelpPager, EveryCatalogueTextFitsTwentyPages) {
-    const int sizes[][2] = {{80, 24}, {60, 20}};
+    const int sizes[][2] = {{80, 24}, {66, 18}, {60, 20}};
     for (const auto& size : sizes) {
         int w = size[0] - 2, h = size[1] - 8;
         for (int id = 0; id < EN_HELP_MAX; ++id) {

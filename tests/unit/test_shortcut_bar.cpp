@@ -200,6 +200,23 @@ TEST_F(ShortcutBarTest, EscKeepsTypedValuesAndTheSameKeyShowsThemAgain) {
     EXPECT_EQ(sg_Screen.pfnCurKeyFunc, ContentKeyFunc);
 }
 
+// F12 in a form is one of the keys the bar ignores: the form keeps the
+// keyboard, nothing is drawn over it and no help opens.
+TEST_F(ShortcutBarTest, F12InAFormIsIgnored) {
+    CONTENT_DATA* page = PageWithForm(BuildForm(kRuleRows, 4, EN_IPTABLE_INPUT));
+    ASSERT_EQ(EnterContent(page), 0);
+    RegistKeyFunc(ContentKeyFunc, Content());
+    ContentKeyFunc(MAP_KEY_F2);
+    ASSERT_EQ(sg_Screen.pfnCurKeyFunc, ScKeyKeyFunction);
+    std::vector<chtype> before = Snapshot(gs_stSckeyCtrl.pSckeyWin);
+    ScKeyKeyFunction(KEY_F(12));
+    EXPECT_EQ(sg_Screen.pfnCurKeyFunc, ScKeyKeyFunction);
+    EXPECT_EQ(Snapshot(gs_stSckeyCtrl.pSckeyWin), before);
+    EXPECT_EQ(sg_HelpInfo.pfnReturn, nullptr);
+    ScKeyKeyFunction(27);
+    EXPECT_EQ(sg_Screen.pfnCurKeyFunc, ContentKeyFunc);
+}
+
 TEST_F(ShortcutBarTest, ChooseFieldStoresTheChoice) {
     CONTENT_DATA* form = BuildForm(kRuleRows, 4, EN_IPTABLE_INPUT);
     ASSERT_EQ(EnterContent(PageWithForm(form)), 0);

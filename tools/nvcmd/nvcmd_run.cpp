@@ -71,6 +71,26 @@ void PrintResult(FILE* f, int iRet) {
     }
 }
 
+// A kernel limit at the largest value of its 32-bit field holds that or
+// more: kernel.shmmax and kernel.shmall are far beyond it by default.
+void NoteSaturatedLimits(const cConf_Inf& c, FILE* err) {
+    const struct {
+        const char* pcField;
+        unsigned long cConf_Inf::*pulValue;
+    } astLimits[] = {{"ulShmMax", &cConf_Inf::ulShmMax},
+                     {"ulShmAll", &cConf_Inf::ulShmAll},
+                     {"ulShmMni", &cConf_Inf::ulShmMni},
+                     {"ulThreadMax", &cConf_Inf::ulThreadMax},
+                     {"ulFileMax", &cConf_Inf::ulFileMax}};
+    for (const auto& l : astLimits) {
+        if (c.*l.pulValue == 4294967295UL)
+            fprintf(err,
+                    "nvcmd: %s is 4294967295, the largest value its field holds: the kernel "
+                    "holds that or more (its default, no limit)\n",
+                    l.pcField);
+    }
+}
+
 int Check(FILE* out, FILE* err) {
     int iRet = GetObjInfo();
     if (iRet != em_OK && iRet != em_ActSuccAll) {
@@ -82,6 +102,7 @@ int Check(FILE* out, FILE* err) {
     std::string text = nvagent::StateToJson(pg_Obj->objCif, pg_Obj->objSS)
                            .dump(2, ' ', false, nvagent::Json::error_handler_t::replace);
     fprintf(out, "%s\n", text.c_str());
+    NoteSaturatedLimits(pg_Obj->objCif, err);
     return NVCMD_OK;
 }
 

@@ -30,8 +30,12 @@ const char kUsage[] =
     "  --help             show this text and exit\n"
     "\n"
     "Where systemd runs and the socket is /dev/nvsock, the agent is started with\n"
-    "'systemctl start norvane.service'; otherwise nvstart runs norvaned --socket\n"
-    "PATH followed by the NORVANED-OPTIONs (default: --backend system).\n"
+    "'systemctl start norvane.service' (the live backend); otherwise nvstart runs\n"
+    "norvaned --socket PATH followed by the NORVANED-OPTIONs. Without them it\n"
+    "passes --backend system (the live backend) on /dev/nvsock, as the service\n"
+    "runs it, and no backend on a socket of its own, where norvaned takes its\n"
+    "own default, the simulator. --foreground is refused: nvstart waits for\n"
+    "norvaned to detach. nvstart says which backend it started.\n"
     "Exit status: 0 when an agent answers, 1 when none could be started,\n"
     "2 for a usage error.\n";
 
@@ -78,6 +82,14 @@ bool Parse(int argc, char** argv, Options& o, std::string& err) {
         return false;
     }
     o.vsAgentArgs.assign(argv + optind, argv + argc);
+    for (const std::string& a : o.vsAgentArgs) {
+        if (a == "--foreground") {
+            err =
+                "norvaned's --foreground is not accepted: nvstart waits for norvaned to "
+                "detach, and a foreground agent would write to this terminal";
+            return false;
+        }
+    }
     if (o.sSocket.empty()) {
         err = "--socket needs a non-empty path";
         return false;
@@ -154,7 +166,8 @@ private:
                     kAgentUnit, status, kAgentUnit, kAgentUnit);
             return NVSTART_FAILED;
         }
-        return WaitForAnswer(-1, std::string("started ") + kAgentUnit + " through systemd");
+        return WaitForAnswer(
+            -1, std::string("started ") + kAgentUnit + " through systemd (live backend)");
     }
 
     int Directly() {
@@ -164,7 +177,9 @@ private:
             return NVSTART_FAILED;
         }
         std::vector<std::string> argv = {norvaned, "--socket", m_o.sSocket};
-        if (m_o.vsAgentArgs.empty()) {
+        // The default socket is the service's: the live backend, as the
+        // service runs it; a socket of its own gets norvaned's own default.
+        if (m_o.vsAgentArgs.empty() && m_o.sSocket == kDefaultSocket) {
             argv.push_back("--backend");
             argv.push_back("system");
         }
@@ -175,7 +190,24 @@ private:
             fprintf(m_err, "nvstart: %s\n", err.c_str());
             return NVSTART_FAILED;
         }
-        return WaitForAnswer(pid, "started " + norvaned);
+        return WaitForAnswer(pid, "started " + norvaned + " (" + BackendName(argv) + ")");
+    }
+
+    // The backend a norvaned argument vector selects: the last --backend
+    // wins, as in norvaned; without one, norvaned's default, the simulator.
+    static std::string BackendName(const std::vector<std::string>& argv) {
+        std::string sName = "sim";
+        for (size_t i = 1; i < argv.size(); ++i) {
+            if (argv[i] == "--backend" && i + 1 < argv.size())
+                sName = argv[++i];
+            else if (argv[i].compare(0, 10, "--backend=") == 0)
+                sName = argv[i].substr(10);
+        }
+        if (sName == "system")
+            return "live backend";
+        if (sName == "sim")
+            return "simulator backend";
+        return "backend " + sName;
     }
 
     // Polls the socket until a check is answered or the time is up. pid is

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -39,6 +40,13 @@ const KernelKeyRow kKeys[] = {
     {11, "fs.file-max", nullptr, &cConf_Inf::ulFileMax},
 };
 
+// The largest value of the record's limit fields, 32 bits wide.
+const unsigned long long kFieldMax = 4294967295ULL;
+
+unsigned long long KernelNumber(const std::string& text) {
+    return strtoull(text.c_str(), nullptr, 10);
+}
+
 }  // namespace
 
 const char* KernelKey(short cmd) {
@@ -64,7 +72,10 @@ void ReadKernelSettings(cConf_Inf& conf) {
         if (k.flag != nullptr) {
             conf.*k.flag = v[0];
         } else {
-            conf.*k.limit = strtoul(v.c_str(), nullptr, 10);
+            // A value beyond the record's 32-bit field (the kernel's default
+            // "no limit" of kernel.shmmax and kernel.shmall) is reported as
+            // the largest value the field holds.
+            conf.*k.limit = static_cast<unsigned long>(std::min(KernelNumber(v), kFieldMax));
         }
     }
 }
@@ -162,7 +173,19 @@ CmdResult ChangeKernelLimit(const KernelRequest& q) {
     std::string want = std::to_string(q.value);
     if (old == want)
         return KernelUnchanged(q.cmd, q.value);
-    return ChangeKey(key, want, old, KernelSubject(q.cmd));
+    if (KernelNumber(old) <= kFieldMax)
+        return ChangeKey(key, want, old, KernelSubject(q.cmd));
+    // The kernel holds more than the field can: the value the page showed
+    // (the field's largest) changes nothing; any other lowers the limit, and
+    // the answer says from what.
+    if (q.value >= kFieldMax)
+        return Unchanged(std::string(KernelSubject(q.cmd)) + " is " + old +
+                         ", the kernel's no-limit default; it was left so.");
+    CmdResult r = ChangeKey(key, want, old, KernelSubject(q.cmd));
+    if (r.iCode == em_ActSuccAll)
+        r.sDetail = std::string("Done: ") + KernelSubject(q.cmd) + " was " + old +
+                    " (no limit) and is now " + want + ".";
+    return r;
 }
 
 }  // namespace nvagent
