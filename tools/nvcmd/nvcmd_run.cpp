@@ -12,6 +12,7 @@
 #include "cmdclient/cmd_client.h"
 #include "cmdclient/cmd_names.h"
 #include "link/ui_interface.h"
+#include "settings_cli.h"
 #include "visible_text.h"
 #include "wire/wire.h"
 
@@ -20,6 +21,11 @@ namespace {
 const char kUsage[] =
     "usage: nvcmd check                 print the agent's state as JSON\n"
     "       nvcmd send CMD [PAYLOAD]    send one set command (CMD: 4-63 or its name)\n"
+    "       nvcmd export [--format yaml|json]\n"
+    "                                   print the settable settings as a document\n"
+    "       nvcmd apply FILE [--check] [--diff] [--json]\n"
+    "                                   make the server match a settings document\n"
+    "                                   (exit 0 unchanged, 2 changed, 1 failed)\n"
     "       nvcmd lang en|chutf8|chgb2312\n"
     "                                   set the language of the console\n"
     "The agent's socket is /dev/nvsock unless NVUI_SOCKET names another;\n"
@@ -128,6 +134,11 @@ int NvcmdRun(int argc, char** argv, FILE* out, FILE* err) {
         if (!StartLink(err))
             return NVCMD_USAGE;
         return Send(argv[2], argc == 4 ? argv[3] : nullptr, out, err);
+    }
+    if (sub == "export" || sub == "apply") {
+        if (!StartLink(err))
+            return sub == "apply" ? 1 : NVCMD_USAGE;
+        return (sub == "export" ? SettingsExport : SettingsApply)(argc - 2, argv + 2, out, err);
     }
     if (sub == "lang" && argc == 3) {
         if (!StartLink(err))
