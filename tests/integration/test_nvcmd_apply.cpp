@@ -391,6 +391,34 @@ TEST(NvcmdApply, AFailedItemStopsWhatNeedsIt) {
     EXPECT_EQ(sets[1]["cmd"], 55);
 }
 
+// A password hash goes to the agent, which records the user only; neither
+// the report, the journal nor the state file ever holds the hash, and the
+// export has no password at all.
+TEST(NvcmdApply, PasswordHashesAreSentAndNeverShown) {
+    const std::string hash = "$6$pepper$Zq0wTNlF1r7uYx2bM3cV";
+    Agent a(DemoState());
+    nvtest::RunResult r =
+        a.Apply("users:\n  admin: {password_hash: \"" + hash + "\"}\n", {"--json"});
+    EXPECT_EQ(r.iExitCode, 2) << r.sStdout << r.sStderr;
+    EXPECT_EQ(r.sStdout.find("pepper"), std::string::npos);
+    std::vector<Json> sets = a.Sets();
+    ASSERT_EQ(sets.size(), 1u);
+    EXPECT_EQ(sets[0]["cmd"], 60);
+    EXPECT_EQ(sets[0]["user"], "admin");
+    EXPECT_EQ(sets[0]["payload_hex"], "");
+    EXPECT_EQ(Slurp(a.m_proc.JournalPath()).find("pepper"), std::string::npos);
+    EXPECT_EQ(Slurp(a.m_proc.StatePath()).find("pepper"), std::string::npos);
+    for (const Json& u : Json::parse(Slurp(a.m_proc.StatePath()))["simUsers"])
+        EXPECT_EQ(u["pwChanged"] != 0, u["name"] == "admin") << u;
+    EXPECT_EQ(a.Export().find("password"), std::string::npos);
+    r = a.Apply("users:\n  nobody: {password_hash: \"" + hash + "\"}\n");
+    EXPECT_EQ(r.iExitCode, 1);
+    EXPECT_THAT(r.sStdout, HasSubstr("users.nobody.password_hash: There is no user named nobody."));
+    r = a.Apply("users:\n  admin: {password_hash: secret}\n");
+    EXPECT_EQ(r.iExitCode, 1);
+    EXPECT_THAT(r.sStderr, HasSubstr("users.admin.password_hash: The password hash must be"));
+}
+
 TEST(NvcmdApply, JsonReportHasItemsAndADiff) {
     Agent a(DemoState());
     nvtest::RunResult r = a.Apply("hostname: web10\nkernel: {tcp_syncookies: true}", {"--json"});
