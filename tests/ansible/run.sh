@@ -61,9 +61,12 @@ play "$src/tests/ansible/site.yml" >"$work/run4" 2>&1 || { cat "$work/run4"; fai
 recap "$work/run4" | grep -q 'changed=1' || { cat "$work/run4"; fail "the repair run changes"; }
 play "$src/tests/ansible/facts.yml" >"$work/facts" 2>&1 || { cat "$work/facts"; fail "facts"; }
 
+n3=$(sets)
 if play "$src/tests/ansible/fail.yml" >"$work/fail" 2>&1; then cat "$work/fail"; fail "a refused item fails"; fi
 grep -q 'There is no interface named eth9.' "$work/fail" || { cat "$work/fail"; fail "the agent's detail"; }
 recap "$work/fail" | grep -q 'failed=1' || { cat "$work/fail"; fail "the task failed"; }
+play "$src/tests/ansible/refused.yml" >"$work/refused" 2>&1 || { cat "$work/refused"; fail "the refusal names the path"; }
+[ "$(sets)" -eq "$((n3 + 1))" ] || fail "only the refused interface was sent"
 
 (cd "$src/ansible_collections/norvane/server" &&
   ansible-galaxy collection build --output-path "$work/build" >"$work/build.log" 2>&1) ||

@@ -27,12 +27,12 @@ options:
   settings:
     description:
       - The settings document, inline.
-      - Mutually exclusive with O(src).
+      - Mutually exclusive with C(src).
     type: dict
   src:
     description:
       - A settings document (YAML or JSON) in a file on the managed host.
-      - Mutually exclusive with O(settings).
+      - Mutually exclusive with C(settings).
     type: path
   nvcmd:
     description:
@@ -131,7 +131,8 @@ import json
 def failure_message(report):
     bad = [i for i in report.get('items', []) if i.get('status') in ('failed', 'skipped')]
     if not bad:
-        return report.get('msg', 'nvcmd apply failed')
+        msg = report.get('msg', 'nvcmd apply failed')
+        return '%s: %s' % (report['path'], msg) if report.get('path') else msg
     return '; '.join('%s: %s' % (i['path'], i.get('detail', '')) for i in bad)
 
 
