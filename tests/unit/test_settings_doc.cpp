@@ -141,8 +141,17 @@ Json DemoishState() {
 std::vector<nvsettings::Item> Plan(const std::string& yaml) {
     Json doc = Yaml(yaml);
     std::string path, why;
-    EXPECT_TRUE(nvsettings::CheckDocument(doc, path, why)) << path << ": " << why;
-    return nvsettings::MakePlan(doc, DemoishState());
+    nvsettings::CanonLists lists;
+    EXPECT_TRUE(nvsettings::CheckDocument(doc, path, why, &lists)) << path << ": " << why;
+    // The lists the check worked out give the same plan as working them out again.
+    auto plan = nvsettings::MakePlan(doc, DemoishState(), &lists);
+    auto again = nvsettings::MakePlan(doc, DemoishState());
+    EXPECT_EQ(plan.size(), again.size());
+    for (size_t i = 0; i < plan.size() && i < again.size(); ++i) {
+        EXPECT_EQ(plan[i].after, again[i].after);
+        EXPECT_EQ(plan[i].steps.size(), again[i].steps.size());
+    }
+    return plan;
 }
 
 std::vector<std::string> Paths(const std::vector<nvsettings::Item>& plan) {

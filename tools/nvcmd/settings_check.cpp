@@ -53,7 +53,7 @@ bool KeyOnlyAbsent(const ListKey& k, const ListSpec& s, const Json& e) {
     return key && e.contains(key) && e[key].is_string();
 }
 
-void CheckList(const ListKey& k, const Json& v, const Path& p) {
+void CheckList(const ListKey& k, const Json& v, const Path& p, CanonLists* lists) {
     if (v.is_object()) {
         for (const auto& kv : v.items()) {
             if (kv.key() != "state" && kv.key() != "items")
@@ -74,6 +74,7 @@ void CheckList(const ListKey& k, const Json& v, const Path& p) {
     if (v.is_object())
         base.push_back("items");
     std::set<std::string> seen;
+    std::vector<Json>* out = lists ? &(*lists)[k.path] : nullptr;
     for (size_t i = 0; i < s.items.size(); ++i) {
         Path at = base;
         at.push_back("[" + std::to_string(i) + "]");
@@ -87,9 +88,10 @@ void CheckList(const ListKey& k, const Json& v, const Path& p) {
                     at.push_back(sub);
                 Refuse(at, why);
             }
-            canon = ElementKey(k, canon);
         }
-        if (!seen.insert(canon.dump()).second)
+        if (out)
+            out->push_back(canon);
+        if (!seen.insert((canon.is_object() ? ElementKey(k, canon) : canon).dump()).second)
             Refuse(at, "this entry is given twice");
     }
 }
@@ -162,7 +164,7 @@ void CheckUser(const std::string& name, const Json& v, const Path& p) {
     Parsed(kPasswordHashCmd, PasswordHashPayload(name, v["password_hash"]), at);
 }
 
-void Walk(const Json& v, const std::string& dotted, const Path& p) {
+void Walk(const Json& v, const std::string& dotted, const Path& p, CanonLists* lists) {
     if (const ScalarKey* k = FindScalar(dotted)) {
         std::string payload, why;
         if (!ScalarPayload(*k, v, payload, why))
@@ -170,7 +172,7 @@ void Walk(const Json& v, const std::string& dotted, const Path& p) {
         return;
     }
     if (const ListKey* k = FindList(dotted)) {
-        CheckList(*k, v, p);
+        CheckList(*k, v, p, lists);
         return;
     }
     bool named = dotted == "interfaces" || dotted == "users";
@@ -186,7 +188,7 @@ void Walk(const Json& v, const std::string& dotted, const Path& p) {
         else if (dotted == "users")
             CheckUser(kv.key(), kv.value(), at);
         else
-            Walk(kv.value(), dotted + "." + kv.key(), at);
+            Walk(kv.value(), dotted + "." + kv.key(), at, lists);
     }
 }
 
@@ -211,14 +213,14 @@ std::string PasswordHashPayload(const std::string& user, const std::string& hash
     return user + " " + hash;
 }
 
-bool CheckDocument(const Json& doc, std::string& path, std::string& why) {
+bool CheckDocument(const Json& doc, std::string& path, std::string& why, CanonLists* lists) {
     if (doc.is_null())
         return true;
     try {
         if (!doc.is_object())
             Refuse({}, "a settings document is a mapping");
         for (const auto& kv : doc.items())
-            Walk(kv.value(), kv.key(), {kv.key()});
+            Walk(kv.value(), kv.key(), {kv.key()}, lists);
         if (doc.contains("monitors") && doc["monitors"].contains("cpu")) {
             const Json& cpu = doc["monitors"]["cpu"];
             if (cpu.contains("ceiling") && cpu.contains("floor") && cpu["floor"] > cpu["ceiling"])

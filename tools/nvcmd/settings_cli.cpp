@@ -129,12 +129,13 @@ int SettingsApply(int argc, char** argv, FILE* out, FILE* err) {
     Json doc;
     if (!ReadInput(file, text, why) || !nvsettings::ParseYaml(text, doc, why))
         return Refused(out, err, json, file, "", why);
-    if (!nvsettings::CheckDocument(doc, path, why))
+    nvsettings::CanonLists lists;
+    if (!nvsettings::CheckDocument(doc, path, why, &lists))
         return Refused(out, err, json, file, path, why);
     Json state;
     if (!ReadState(state, why))
         return Refused(out, err, json, file, "", why);
-    std::vector<nvsettings::Item> plan = nvsettings::MakePlan(doc, state);
+    std::vector<nvsettings::Item> plan = nvsettings::MakePlan(doc, state, &lists);
     for (const nvsettings::Item& it : plan) {
         for (const nvsettings::Step& s : it.steps) {
             if (s.payload.size() >= NV_CMD_BUFF_LEN)

@@ -6,6 +6,7 @@
 #ifndef NV_TOOLS_NVCMD_SETTINGS_DOC_H
 #define NV_TOOLS_NVCMD_SETTINGS_DOC_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -80,10 +81,16 @@ ListSpec ReadListSpec(const Json& v);
 // The server's settable settings as a document. A password never is.
 Json ExportSettings(const Json& state);
 
+// The entries of each list a document gives, canonical, by the list's
+// dotted path (an absent entry given by its key alone: that key).
+using CanonLists = std::map<std::string, std::vector<Json>>;
+
 // Whether a document can be applied: known keys, right types, values the
 // agent's parsers accept, no duplicate list entries. False with the path of
-// the first bad item and why.
-bool CheckDocument(const Json& doc, std::string& path, std::string& why);
+// the first bad item and why. The lists' canonical entries go to lists,
+// when given, so that the plan need not work them out again.
+bool CheckDocument(const Json& doc, std::string& path, std::string& why,
+                   CanonLists* lists = nullptr);
 
 // An interface entry: whether it asks for a manual address (mode static,
 // or an address given), and the manual-address payload it makes.

@@ -63,7 +63,8 @@ const Monitor kMonitors[] = {
 
 class Planner {
 public:
-    Planner(const Json& doc, const Json& state) : m_doc(doc), m_state(state) {}
+    Planner(const Json& doc, const Json& state, const CanonLists* lists)
+        : m_doc(doc), m_state(state), m_lists(lists) {}
 
     std::vector<Item> Run() {
         Scalar("hostname");
@@ -285,6 +286,7 @@ private:
 
     const Json& m_doc;
     Json m_state;
+    const CanonLists* m_lists;
     std::vector<Item> m_items;
     std::set<std::string> m_done;
 };
@@ -312,7 +314,11 @@ size_t Planner::ListItem(const ListKey& k, bool mayClear) {
     std::vector<unsigned long> index;
     std::vector<Json> have = CurrentElements(k, m_state, &index);
     std::vector<Json> want;
-    for (const Json& e : spec.items) {
+    auto known = m_lists ? m_lists->find(k.path) : CanonLists::const_iterator();
+    if (m_lists && known != m_lists->end())
+        want = known->second;
+    for (size_t i = want.size(); i < spec.items.size(); ++i) {
+        const Json& e = spec.items[i];
         Json canon;
         std::string sub, why;
         bool keyOnly = spec.state == ListState::kAbsent && e.is_object() && e.size() == 1 &&
@@ -440,8 +446,8 @@ KeptRun LongestKeptRun(const std::vector<Json>& have, const std::vector<Json>& w
     return best;
 }
 
-std::vector<Item> MakePlan(const Json& doc, const Json& state) {
-    return Planner(doc, state).Run();
+std::vector<Item> MakePlan(const Json& doc, const Json& state, const CanonLists* lists) {
+    return Planner(doc, state, lists).Run();
 }
 
 }  // namespace nvsettings

@@ -34,8 +34,9 @@ struct Item {
 };
 
 // The plan of a document that CheckDocument accepted, against a check
-// answer; items in the order they are to be carried out.
-std::vector<Item> MakePlan(const Json& doc, const Json& state);
+// answer; items in the order they are to be carried out. lists: what
+// CheckDocument gave for the document (worked out again when null).
+std::vector<Item> MakePlan(const Json& doc, const Json& state, const CanonLists* lists = nullptr);
 
 // The longest run of want[a..b) found in order within have: a and b, and
 // for each element of have whether the run keeps it. With fromStart the
