@@ -16,17 +16,9 @@ description:
   - The document has the form that M(norvane.server.settings) takes, so a
     server's settings can be copied to another one.
   - Passwords are never part of it.
-options:
-  nvcmd:
-    description:
-      - The nvcmd program on the managed host, a path or a name looked up in
-        C(PATH).
-    type: str
-    default: nvcmd
-  socket:
-    description:
-      - The agent's socket, when it is not the default C(/dev/nvsock).
-    type: path
+options: {}
+extends_documentation_fragment:
+  - norvane.server.nvcmd
 author:
   - norvane developers
 notes:

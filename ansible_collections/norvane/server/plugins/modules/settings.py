@@ -34,16 +34,8 @@ options:
       - A settings document (YAML or JSON) in a file on the managed host.
       - Mutually exclusive with C(settings).
     type: path
-  nvcmd:
-    description:
-      - The nvcmd program on the managed host, a path or a name looked up in
-        C(PATH).
-    type: str
-    default: nvcmd
-  socket:
-    description:
-      - The agent's socket, when it is not the default C(/dev/nvsock).
-    type: path
+extends_documentation_fragment:
+  - norvane.server.nvcmd
 author:
   - norvane developers
 notes:
