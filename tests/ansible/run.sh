@@ -68,6 +68,38 @@ recap "$work/fail" | grep -q 'failed=1' || { cat "$work/fail"; fail "the task fa
 play "$src/tests/ansible/refused.yml" >"$work/refused" 2>&1 || { cat "$work/refused"; fail "the refusal names the path"; }
 [ "$(sets)" -eq "$((n3 + 1))" ] || fail "only the refused interface was sent"
 
+# The example fleet playbook: two servers, one run brings both to the same
+# settings with their own host names; a second run changes nothing.
+fleet=()
+for h in web01 web02; do
+  cp "$src/data/demo-state.json" "$work/$h.json"
+  "$bin/norvaned" --foreground --socket "$work/$h.sock" --state "$work/$h.json" 2>/dev/null &
+  fleet+=($!)
+  printf '%s ansible_connection=local ansible_become=false nv_hostname=%s nv_socket=%s\n' \
+    "$h" "$h" "$work/$h.sock" >>"$work/fleet.ini"
+done
+stop_fleet() { for p in "${fleet[@]}"; do kill "$p" 2>/dev/null || true; wait "$p" 2>/dev/null || true; done; }
+trap 'stop_fleet; cleanup' EXIT
+sed -i '1i [web]' "$work/fleet.ini"
+for h in web01 web02; do
+  for _ in $(seq 100); do [ -S "$work/$h.sock" ] && break; sleep 0.05; done
+done
+fleetplay() {
+  ansible-playbook -i "$work/fleet.ini" -e "nv_nvcmd=$bin/nvcmd" \
+    "$src/ansible_collections/norvane/server/examples/fleet.yml" >"$work/$1" 2>&1 ||
+    { cat "$work/$1"; fail "fleet playbook"; }
+}
+fleetplay fleet1
+[ "$(grep -cE '^web0[12] +: .*changed=1' "$work/fleet1")" -eq 2 ] || { cat "$work/fleet1"; fail "the fleet changes"; }
+for h in web01 web02; do
+  NVUI_SOCKET=$work/$h.sock NVUI_LOG=$work/nvui.log "$bin/nvcmd" export >"$work/$h.yml"
+  grep -q "^hostname: $h\$" "$work/$h.yml" || { cat "$work/$h.yml"; fail "$h has its own host name"; }
+done
+[ "$(sed 1d "$work/web01.yml")" = "$(sed 1d "$work/web02.yml")" ] || fail "both servers have the same settings"
+fleetplay fleet2
+[ "$(grep -cE '^web0[12] +: .*changed=0' "$work/fleet2")" -eq 2 ] || { cat "$work/fleet2"; fail "the fleet's second run"; }
+stop_fleet
+
 (cd "$src/ansible_collections/norvane/server" &&
   ansible-galaxy collection build --output-path "$work/build" >"$work/build.log" 2>&1) ||
   { cat "$work/build.log"; fail "ansible-galaxy collection build"; }
