@@ -63,6 +63,12 @@ TEST(SettingsYaml, WhatIsNotInTheSubsetIsRefusedWithItsLine) {
     EXPECT_THAT(YamlError("a:\n  b: 1\n    c: 2"), HasSubstr("line 3: bad indentation"));
     EXPECT_THAT(YamlError("a: \"open"), HasSubstr("not closed"));
     EXPECT_THAT(YamlError("{\"a\": }"), HasSubstr("not valid JSON"));
+    // Nesting that would exhaust the stack is refused.
+    EXPECT_THAT(YamlError("a: " + std::string(100000, '[')), HasSubstr("nested too deeply"));
+    std::string deep;
+    for (int i = 0; i < 5000; ++i)
+        deep += std::string(static_cast<size_t>(i), ' ') + "k:\n";
+    EXPECT_THAT(YamlError(deep), HasSubstr("nested too deeply"));
 }
 
 TEST(SettingsYaml, WrittenDocumentsReadBackTheSame) {

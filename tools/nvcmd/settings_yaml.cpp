@@ -153,7 +153,11 @@ void SkipBlanks(const std::string& s, size_t& at) {
         ++at;
 }
 
-Json FlowValue(const std::string& s, size_t& at, int line);
+// Deeper nesting than any settings document needs is refused, so that a
+// hostile document cannot exhaust the stack.
+constexpr int kMaxDepth = 64;
+
+Json FlowValue(const std::string& s, size_t& at, int line, int depth = 0);
 
 // A plain scalar inside a flow collection: up to , ] } or ": ".
 std::string FlowPlain(const std::string& s, size_t& at, bool key) {
@@ -169,7 +173,9 @@ std::string FlowPlain(const std::string& s, size_t& at, bool key) {
     return TrimRight(s.substr(start, at - start));
 }
 
-Json FlowValue(const std::string& s, size_t& at, int line) {
+Json FlowValue(const std::string& s, size_t& at, int line, int depth) {
+    if (depth > kMaxDepth)
+        Fail(line, "nested too deeply");
     SkipBlanks(s, at);
     if (at >= s.size())
         Fail(line, "a flow collection is not closed on its line");
@@ -183,7 +189,7 @@ Json FlowValue(const std::string& s, size_t& at, int line) {
             return arr;
         }
         for (;;) {
-            arr.push_back(FlowValue(s, at, line));
+            arr.push_back(FlowValue(s, at, line, depth + 1));
             SkipBlanks(s, at);
             if (at < s.size() && s[at] == ',') {
                 ++at;
@@ -217,7 +223,7 @@ Json FlowValue(const std::string& s, size_t& at, int line) {
             ++at;
             if (obj.contains(key))
                 Fail(line, "the key \"" + key + "\" is given twice");
-            obj[key] = FlowValue(s, at, line);
+            obj[key] = FlowValue(s, at, line, depth + 1);
             SkipBlanks(s, at);
             if (at < s.size() && s[at] == ',') {
                 ++at;
@@ -293,6 +299,12 @@ public:
 private:
     Json Node(int indent) {
         Line& l = m_lines[m_at];
+        if (++m_depth > kMaxDepth)
+            Fail(l.no, "nested too deeply");
+        struct Leave {
+            int& d;
+            ~Leave() { --d; }
+        } leave{m_depth};
         if (IsDash(l.text))
             return Sequence(indent);
         if (KeyColon(l.text) != std::string::npos)
@@ -374,6 +386,7 @@ private:
 
     std::vector<Line> m_lines;
     size_t m_at = 0;
+    int m_depth = 0;
 };
 
 }  // namespace
