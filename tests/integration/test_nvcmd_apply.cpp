@@ -237,6 +237,30 @@ TEST(NvcmdApply, EmptyingTheFtpRootKeepsTheOtherOptions) {
     EXPECT_EQ(s["chVsftpdWrite"], "1");
 }
 
+// The gateway and DNS servers are not in the check answer: they go with a
+// manual address, and the simulator's state file shows them.
+TEST(NvcmdApply, AManualAddressCarriesItsGatewayAndDnsServers) {
+    Agent a(DemoState());
+    nvtest::RunResult r = a.Apply(
+        "interfaces:\n  eth1: {mode: static, address: 10.0.2.20, netmask: 255.255.255.0, "
+        "gateway: 10.0.2.2, dns: [10.0.2.3, 1.1.1.1]}\n");
+    EXPECT_EQ(r.iExitCode, 2) << r.sStdout << r.sStderr;
+    Json state = Json::parse(Slurp(a.m_proc.StatePath()));
+    Json eth1;
+    for (const Json& i : state["simInterfaces"]) {
+        if (i["name"] == "eth1")
+            eth1 = i;
+    }
+    EXPECT_EQ(eth1["mode"], "static");
+    EXPECT_EQ(eth1["ip"], "10.0.2.20");
+    EXPECT_EQ(eth1["gateway"], "10.0.2.2");
+    EXPECT_EQ(eth1["dns1"], "10.0.2.3");
+    EXPECT_EQ(eth1["dns2"], "1.1.1.1");
+    r = a.Apply("interfaces:\n  eth1: {mode: dhcp}\n");
+    EXPECT_EQ(r.iExitCode, 2);
+    EXPECT_EQ(a.Apply("interfaces:\n  eth1: {mode: dhcp}\n").iExitCode, 0);
+}
+
 TEST(NvcmdApply, CpuThresholdsAreSetInAnOrderTheAgentAccepts) {
     Agent a(DemoState());  // ceiling 90, floor 10
     nvtest::RunResult r = a.Apply("monitors:\n  cpu: {ceiling: 100, floor: 95}");
