@@ -432,7 +432,8 @@ TEST(NvcmdApply, PasswordHashesAreSentAndNeverShown) {
     EXPECT_EQ(sets[0]["payload_hex"], "");
     EXPECT_EQ(Slurp(a.m_proc.JournalPath()).find("pepper"), std::string::npos);
     EXPECT_EQ(Slurp(a.m_proc.StatePath()).find("pepper"), std::string::npos);
-    for (const Json& u : Json::parse(Slurp(a.m_proc.StatePath()))["simUsers"])
+    Json saved = Json::parse(Slurp(a.m_proc.StatePath()));
+    for (const Json& u : saved["simUsers"])
         EXPECT_EQ(u["pwChanged"] != 0, u["name"] == "admin") << u;
     EXPECT_EQ(a.Export().find("password"), std::string::npos);
     r = a.Apply("users:\n  nobody: {password_hash: \"" + hash + "\"}\n");
