@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   g++ cmake make pkg-config
   libncurses-dev libgtest-dev libgmock-dev libbenchmark-dev
-  nlohmann-json3-dev libvterm-dev locales clang libclang-rt-dev clang-format dialog
+  nlohmann-json3-dev libvterm-dev python3-jsonschema ansible-core locales clang libclang-rt-dev clang-format dialog
   libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd nftables ufw
   ifupdown isc-dhcp-client vsftpd samba network-manager netplan.io
   libsystemd-dev

@@ -50,10 +50,11 @@ void AppendJsonString(std::string& out, const char* s) {
     out.push_back('"');
 }
 
-// The user of a password request "USER PW PW2": its first token, and only
-// when the payload has the three tokens, so that a malformed request (a
-// password typed alone, say) never has a secret taken for a user name.
-std::string PasswordUser(const char* payload, size_t n) {
+// The user of a password request "USER PW PW2" (or "USER HASH"): its first
+// token, and only when the payload has all its tokens, so that a malformed
+// request (a password typed alone, say) never has a secret taken for a user
+// name.
+std::string PasswordUser(const char* payload, size_t n, size_t want) {
     std::string text(payload, n);
     std::string tokens[3];
     size_t count = 0;
@@ -65,12 +66,12 @@ std::string PasswordUser(const char* payload, size_t n) {
         size_t end = text.find_first_of(" \t", start);
         if (end == std::string::npos)
             end = text.size();
-        if (count == 3)
+        if (count == want)
             return "";
         tokens[count++] = text.substr(start, end - start);
         at = end;
     }
-    return count == 3 && tokens[0].size() <= 64 ? tokens[0] : "";
+    return count == want && tokens[0].size() <= 64 ? tokens[0] : "";
 }
 
 void WriteWhole(int fd, const char* p, size_t n) {
@@ -114,7 +115,7 @@ bool Journal::Open(const std::string& path, std::string& err, size_t maxBytes) {
 void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int result,
                          const char* note, const std::string& oldValues,
                          const std::string& newValues) {
-    bool password = cmd == kPasswordCmd;
+    bool password = cmd == kPasswordCmd || cmd == kPasswordHashCmd;
     size_t shown = password ? 0 : (payloadLen < kJournalHexBytes ? payloadLen : kJournalHexBytes);
     m_line.clear();
     m_line.append("{\"cmd\": ");
@@ -132,7 +133,7 @@ void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int re
         m_line.append(newValues);
     }
     if (password) {
-        std::string user = PasswordUser(payload, payloadLen);
+        std::string user = PasswordUser(payload, payloadLen, cmd == kPasswordCmd ? 3 : 2);
         m_line.append(", \"user\": ");
         AppendJsonString(m_line, user.c_str());
         if (note == nullptr)

@@ -39,6 +39,7 @@ constexpr size_t kJournalHexBytes = 1024;
 constexpr size_t kJournalDefaultMaxBytes = 8u << 20;
 // The command that carries a password.
 constexpr int kPasswordCmd = 56;
+constexpr int kPasswordHashCmd = 60;
 
 class Journal {
 public:

@@ -1,7 +1,7 @@
 // Names of the agent's commands: one row per number with its name, the
 // name it had before (still accepted) and what its payload holds. nvcmd's
 // help, nvcmd(1) and docs/commands.md list the same rows (a test compares
-// them). The console looks up only "check". Numbers 12, 22, 27 and 60-63 are
+// them). The console looks up only "check". Numbers 12, 22, 27 and 61-63 are
 // reserved: the agent answers them as not supported.
 #include "cmdclient/cmd_names.h"
 
@@ -71,7 +71,7 @@ const ST_CMD_NAME g_astCmdName[] = {
     {57, "hostname", nullptr, "NAME"},
     {58, "date", nullptr, "YEAR MONTH DAY"},
     {59, "time", nullptr, "HOUR MINUTE SECOND"},
-    {60, "reserved-60", "reserved_60", nullptr},
+    {60, "password-hash", nullptr, "USER HASH (a crypt(3) hash, from stdin)"},
     {61, "reserved-61", "reserved_61", nullptr},
     {62, "reserved-62", "reserved_62", nullptr},
     {63, "reserved-63", "reserved_63", nullptr},

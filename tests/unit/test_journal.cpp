@@ -42,6 +42,22 @@ TEST(Journal, ThePasswordCommandNeverGetsValues) {
               "\"user\": \"root\", \"note\": \"password changed\"}\n");
 }
 
+// The password-hash command's line is the same: the user, never the hash;
+// a hash typed with a blank in it gives no user rather than a piece of it.
+TEST(Journal, ThePasswordHashCommandNeverGetsTheHash) {
+    nvtest::TempDir dir;
+    nvagent::Journal journal;
+    std::string err;
+    ASSERT_TRUE(journal.Open(dir.File("journal"), err)) << err;
+    journal.Record(60, "root $6$salt$hash", 17, 7, nullptr, "", "");
+    journal.Record(60, "root $6$sa lt", 13, 2, nullptr, "", "");
+    EXPECT_EQ(nvtest::ReadFile(dir.File("journal")),
+              "{\"cmd\": 60, \"len\": 17, \"payload_hex\": \"\", \"result\": 7, "
+              "\"user\": \"root\", \"note\": \"password changed\"}\n"
+              "{\"cmd\": 60, \"len\": 13, \"payload_hex\": \"\", \"result\": 2, "
+              "\"user\": \"\", \"note\": \"password not changed\"}\n");
+}
+
 TEST(Journal, AFullRegularFileIsRotated) {
     nvtest::TempDir dir;
     nvagent::Journal journal;

@@ -16,6 +16,7 @@
 #include "link/global_val.h"
 #include "link/ui_interface.h"
 #include "payload_input.h"
+#include "settings_cli.h"
 #include "visible_text.h"
 #include "wire/wire.h"
 
@@ -26,11 +27,16 @@ const char kUsage[] =
     "       nvcmd send CMD [PAYLOAD]    send one set command (CMD: 4-63 or its name)\n"
     "       nvcmd send --payload-stdin CMD\n"
     "                                   the same, the payload read from standard input\n"
+    "       nvcmd export [--format yaml|json]\n"
+    "                                   print the settable settings as a document\n"
+    "       nvcmd apply FILE [--check] [--diff] [--json]\n"
+    "                                   make the server match a settings document\n"
+    "                                   (exit 0 unchanged, 2 changed, 1 failed)\n"
     "       nvcmd lang en|chutf8|chgb2312\n"
     "                                   set the language of the console\n"
-    "A password (command 56) is never taken on the command line: nvcmd send\n"
-    "password asks for it on the terminal, or reads the payload from standard\n"
-    "input. send exits 0 when the agent answered 7 (done) or 6 (nothing to\n"
+    "A password (command 56) or a password hash (60) is never taken on the\n"
+    "command line: nvcmd send password asks for it on the terminal, or reads\n"
+    "the payload from standard input. send exits 0 when the agent answered 7 (done) or 6 (nothing to\n"
     "change), 1 otherwise, 2 on a usage error.\n"
     "The agent's socket is /dev/nvsock unless NVUI_SOCKET names another;\n"
     "the log is /var/log/nvui.log unless NVUI_LOG names another.\n";
@@ -38,6 +44,13 @@ const char kUsage[] =
 // The longest payload a command carries (the request buffer less its NUL).
 const size_t kMaxPayload = NV_CMD_BUFF_LEN - 1;
 const int kCmdPassword = 56;
+const int kCmdPasswordHash = 60;
+
+// A password or a password hash: never on the command line, where every
+// user can read it (a hash can be cracked at leisure).
+bool IsSecret(int iCmd) {
+    return iCmd == kCmdPassword || iCmd == kCmdPasswordHash;
+}
 
 struct ST_LANG_WORD {
     const char* pcWord;
@@ -154,11 +167,12 @@ bool ParseSendArgs(int argc, char** argv, SendArgs& a) {
 // The payload from the command line, standard input or the terminal; false
 // (with a message, nothing sent) when it cannot be had or does not fit.
 bool GetPayload(int iCmd, const SendArgs& a, std::string& payload, FILE* err) {
-    if (iCmd == kCmdPassword && a.pcPayload != nullptr) {
+    if (IsSecret(iCmd) && a.pcPayload != nullptr) {
         fputs(
             "nvcmd: a password is never taken on the command line, where every user\n"
             "can read it; run 'nvcmd send password' to be asked for it, or give the\n"
-            "payload on standard input with --payload-stdin (nothing was sent)\n",
+            "payload (a password, or a user and a password hash) on standard input\n"
+            "with --payload-stdin (nothing was sent)\n",
             err);
         return false;
     }
@@ -167,7 +181,7 @@ bool GetPayload(int iCmd, const SendArgs& a, std::string& payload, FILE* err) {
         payload = a.pcPayload;
     } else if (iCmd == kCmdPassword && !a.bStdin && isatty(STDIN_FILENO)) {
         ok = PromptPassword(STDIN_FILENO, err, payload);
-    } else if (a.bStdin || iCmd == kCmdPassword) {
+    } else if (a.bStdin || IsSecret(iCmd)) {
         ok = ReadPayload(STDIN_FILENO, kMaxPayload, payload);
     }
     if (!ok) {
@@ -237,6 +251,11 @@ int NvcmdRun(int argc, char** argv, FILE* out, FILE* err) {
         if (!StartLink(err))
             return NVCMD_USAGE;
         return Send(a, out, err);
+    }
+    if (sub == "export" || sub == "apply") {
+        if (!StartLink(err))
+            return sub == "apply" ? 1 : NVCMD_USAGE;
+        return (sub == "export" ? SettingsExport : SettingsApply)(argc - 2, argv + 2, out, err);
     }
     if (sub == "lang" && argc == 3) {
         if (!StartLink(err))

@@ -32,11 +32,12 @@ const ParserEntry kParsers[] = {
     {48, ParsePathOption}, {49, ParseFlag}, {50, ParseFlag}, {51, ParseNoPayload},
     {52, ParseInterface}, {53, ParseInterface}, {54, ParseInterface}, {55, ParseInterfaceManual},
     {56, ParsePassword}, {57, ParseHostName}, {58, ParseDate}, {59, ParseTime},
+    {60, ParsePasswordHash},
 };
 // clang-format on
 
 // Numbers inside the set range that no page sends.
-const short kReserved[] = {12, 22, 27, 60, 61, 62, 63};
+const short kReserved[] = {12, 22, 27, 61, 62, 63};
 
 const std::map<short, ParseFn>& Table() {
     static const std::map<short, ParseFn> t = [] {

@@ -45,6 +45,7 @@ bool ParseInterfaceManual(short cmd, const std::string& p, Request& req, CmdResu
 
 // parse_system.cpp
 bool ParsePassword(short cmd, const std::string& p, Request& req, CmdResult& r);
+bool ParsePasswordHash(short cmd, const std::string& p, Request& req, CmdResult& r);
 bool ParseHostName(short cmd, const std::string& p, Request& req, CmdResult& r);
 bool ParseDate(short cmd, const std::string& p, Request& req, CmdResult& r);
 bool ParseTime(short cmd, const std::string& p, Request& req, CmdResult& r);

@@ -80,6 +80,30 @@ bool ParsePassword(short, const std::string& p, Request& req, CmdResult& r) {
     return false;
 }
 
+// "USER HASH": a crypt(3) hash such as "$6$salt$..." that the system keeps
+// as it is, so that a password is set without being sent in clear.
+bool ParsePasswordHash(short, const std::string& p, Request& req, CmdResult& r) {
+    std::vector<std::string> tok;
+    if (!FormTokens(p, 2, tok, r))
+        return false;
+    const std::string& hash = tok[1];
+    if (IsEmptyField(tok[0])) {
+        r = Invalid("The user name was left empty.");
+    } else if (!IsUserName(tok[0])) {
+        r = Invalid("There is no user named " + tok[0] + ".");
+    } else if (hash.size() < 4 || hash[0] != '$' || hash.size() > 255) {
+        r = Invalid(
+            "The password hash must be a crypt(3) hash starting with \"$\", at most 255 "
+            "bytes.");
+    } else if (HasControlChar(hash) || hash.find(':') != std::string::npos) {
+        r = Invalid("The password hash must not hold control characters or \":\".");
+    } else {
+        req = PasswordRequest{tok[0], hash, true};
+        return true;
+    }
+    return false;
+}
+
 bool ParseHostName(short, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
     if (!FormTokens(p, 1, tok, r))

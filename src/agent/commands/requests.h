@@ -109,8 +109,10 @@ struct InterfaceRequest {
 struct InterfaceManualRequest {
     std::string name, ip, mask, gateway, dns1, dns2;
 };
+// A password (56), or a crypt(3) hash set as it is (60).
 struct PasswordRequest {
     std::string user, password;
+    bool hashed = false;
 };
 struct HostNameRequest {
     std::string name;
