@@ -173,8 +173,9 @@ const KeyCase kKeyCases[] = {
     {"kernel: {shmmni: 8192}", {"ulShmMni"}},
     {"kernel: {threads_max: 70000}", {"ulThreadMax"}},
     {"kernel: {file_max: 500000}", {"ulFileMax"}},
-    {"firewall:\n  input:\n    policy: accept", {"chIptablesInputPolicy"}},
-    {"firewall:\n  output:\n    policy: drop", {"chIptablesOutputPolicy"}},
+    // A chain's list shows its policy on its first line.
+    {"firewall:\n  input:\n    policy: accept", {"chIptablesInputPolicy", "vsIptablesInputList"}},
+    {"firewall:\n  output:\n    policy: drop", {"chIptablesOutputPolicy", "vsIptablesOutputList"}},
     {"firewall:\n  input:\n    rules: {state: present, items: [{proto: udp, dport: 53}]}",
      {"vsIptablesInputList"}},
     {"firewall:\n  output:\n    rules: []", {"vsIptablesOutputList"}},
@@ -325,15 +326,16 @@ TEST(NvcmdApply, PresentAndAbsentNeverDuplicate) {
     const char* present =
         "firewall:\n  input:\n    rules: {state: present, items: [{proto: tcp, dport: 80}, "
         "{proto: tcp, dport: 8443}]}\n";
+    // The policy line, then the rules.
     EXPECT_EQ(a.Apply(present).iExitCode, 2);
-    EXPECT_EQ(a.Check()["vsIptablesInputList"].size(), 6u);
+    EXPECT_EQ(a.Check()["vsIptablesInputList"].size(), 7u);
     EXPECT_EQ(a.Apply(present).iExitCode, 0);
-    EXPECT_EQ(a.Check()["vsIptablesInputList"].size(), 6u);
+    EXPECT_EQ(a.Check()["vsIptablesInputList"].size(), 7u);
     const char* absent =
         "firewall:\n  input:\n    rules: {state: absent, items: [{proto: tcp, dport: 8443}, "
         "{proto: tcp, dport: 9}]}\n";
     EXPECT_EQ(a.Apply(absent).iExitCode, 2);
-    EXPECT_EQ(a.Check()["vsIptablesInputList"].size(), 5u);
+    EXPECT_EQ(a.Check()["vsIptablesInputList"].size(), 6u);
     EXPECT_EQ(a.Apply(absent).iExitCode, 0);
 
     // A volume known by its partition with other values is replaced.

@@ -193,6 +193,26 @@ TEST(SettingsPlan, RulesAreAddedBeforeOldOnesAreDeletedWhileTheChainDrops) {
     EXPECT_EQ(plan[0].steps[2].payload, "1");
 }
 
+TEST(SettingsPlan, AChainWhoseFamiliesDifferIsNeverClearedWhileOneDrops) {
+    Json state = DemoishState();
+    state["chIptablesInputPolicy"] = "0";
+    state["vsIptablesInputList"] = {
+        "Policy: IPv4 accept, IPv6 drop", "  1  tcp  any:any  -> any:22   ACCEPT",
+        "  2  tcp  any:any  -> any:80   ACCEPT", "     ufw: -p tcp --dport 25 -j ACCEPT"};
+    Json doc = Yaml("firewall:\n  input:\n    rules: [{dport: 443}]\n");
+    auto plan = nvsettings::MakePlan(doc, state);
+    ASSERT_EQ(plan.size(), 1u);
+    ASSERT_EQ(plan[0].steps.size(), 3u);
+    EXPECT_EQ(plan[0].steps[0].cmd, 33);
+    EXPECT_EQ(plan[0].steps[1].payload, "2");
+    EXPECT_EQ(plan[0].steps[2].payload, "1");
+    // With both families accepting, clearing is the shorter way.
+    state["vsIptablesInputList"][0] = "Policy: accept";
+    plan = nvsettings::MakePlan(doc, state);
+    ASSERT_EQ(plan.size(), 1u);
+    EXPECT_EQ(plan[0].steps[0].cmd, 35);
+}
+
 TEST(SettingsPlan, AMonitorIsSwitchedOnAfterItsSettingsAndOffBeforeThem) {
     auto plan = Plan(
         "monitors:\n  cpu: {enabled: true, floor: 95, ceiling: 100}\n"
@@ -210,7 +230,11 @@ TEST(SettingsDoc, ExportLeavesOutWhatCannotBeSet) {
     state["ulShmMax"] = 0;
     state["chTcpSyncookies"] = "";
     state["iMemTotal"] = 4000;
+    state["vsIfconfigList"] = {
+        "  1  lo    00:00:00:00:00:00  static   up    127.0.0.1        255.0.0.0"};
     Json doc = nvsettings::ExportSettings(state);
+    // The agent never sets a loopback address: only the switch is exported.
+    EXPECT_EQ(doc["interfaces"]["lo"], Json::parse(R"({"enabled":true})"));
     EXPECT_FALSE(doc.contains("kernel"));
     EXPECT_EQ(doc["firewall"]["input"]["policy"], "drop");
     EXPECT_EQ(doc["firewall"]["input"]["rules"][1],

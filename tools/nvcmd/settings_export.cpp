@@ -1,5 +1,7 @@
 // The export: a check answer as a settings document, grouped by domain,
 // holding only what apply can set again and never a password.
+#include <arpa/inet.h>
+
 #include "settings_doc.h"
 #include "settings_lines.h"
 
@@ -25,12 +27,19 @@ void SetAt(Json& doc, const std::string& dotted, const Json& v) {
     }
 }
 
+// The agent never sets an address on the loopback network, so the loopback's
+// own address is left out: apply could not send it again.
+bool OnLoopback(const std::string& ip) {
+    in_addr a{};
+    return inet_pton(AF_INET, ip.c_str(), &a) == 1 && ntohl(a.s_addr) >> 24 == 127;
+}
+
 Json InterfaceDoc(const nvagent::NetInterface& n) {
     Json j = Json::object();
     j["enabled"] = n.up;
     if (n.mode == nvagent::kModeDynamic) {
         j["mode"] = "dhcp";
-    } else if (!n.ip.empty() && !n.mask.empty()) {
+    } else if (!n.ip.empty() && !n.mask.empty() && !OnLoopback(n.ip)) {
         j["mode"] = "static";
         j["address"] = n.ip;
         j["netmask"] = n.mask;

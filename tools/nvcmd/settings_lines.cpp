@@ -96,6 +96,11 @@ std::vector<ShownRule> RulesFromLines(const std::vector<std::string>& lines) {
     return out;
 }
 
+bool ChainShowsDrop(const std::vector<std::string>& lines) {
+    return !lines.empty() && lines[0].rfind("Policy:", 0) == 0 &&
+           lines[0].find("drop") != std::string::npos;
+}
+
 nvagent::FwRule CanonicalRule(nvagent::FwRule r) {
     r.src = CanonicalAddress(r.src);
     r.dst = CanonicalAddress(r.dst);

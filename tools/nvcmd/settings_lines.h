@@ -23,6 +23,11 @@ bool RuleFromLine(const std::string& line, ShownRule& out);
 // The agent's rules of one chain list, in order.
 std::vector<ShownRule> RulesFromLines(const std::vector<std::string>& lines);
 
+// Whether the chain list's policy line (its first) shows a drop policy, in
+// either family: the live agent shows "Policy: IPv4 accept, IPv6 drop" when
+// the families differ, and its record's policy field then says neither.
+bool ChainShowsDrop(const std::vector<std::string>& lines);
+
 // A rule's addresses in one spelling: "" for any, "a.b.c.d" for a single
 // host (also for "/32"), the network's own address before "/n".
 nvagent::FwRule CanonicalRule(nvagent::FwRule r);

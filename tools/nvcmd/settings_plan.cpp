@@ -196,11 +196,18 @@ private:
         const Json* policy = At(policyKey);
         Json now = ScalarFromState(*FindScalar(policyKey), m_state);
         bool dropping = policy && *policy == Json("drop");
+        const ListKey& list = *FindList(chain + ".rules");
+        // With the families' policies apart the record says neither; the
+        // policy line tells whether one of them drops.
+        Json shown = m_state.value(list.field, Json::array());
+        bool dropsNow = now == Json("drop") ||
+                        (now.is_null() && shown.is_array() && !shown.empty() &&
+                         shown[0].is_string() && ChainShowsDrop({shown[0].get<std::string>()}));
         // Rules may be cleared and rebuilt only while nothing is dropped.
-        bool mayClear = now != Json("drop") && !dropping;
+        bool mayClear = !dropsNow && !dropping;
         if (!dropping)
             Scalar(policyKey);
-        size_t rules = ListItem(*FindList(chain + ".rules"), mayClear);
+        size_t rules = ListItem(list, mayClear);
         std::vector<size_t> needs;
         if (rules != kNone)
             needs.push_back(rules);
