@@ -36,7 +36,8 @@ const char kUsage[] =
     "                                   set the language of the console\n"
     "A password (command 56) or a password hash (60) is never taken on the\n"
     "command line: nvcmd send password asks for it on the terminal, or reads\n"
-    "the payload from standard input. send exits 0 when the agent answered 7 (done) or 6 (nothing to\n"
+    "the payload from standard input. send exits 0 when the agent answered 7 (done) or 6 (nothing "
+    "to\n"
     "change), 1 otherwise, 2 on a usage error.\n"
     "The agent's socket is /dev/nvsock unless NVUI_SOCKET names another;\n"
     "the log is /var/log/nvui.log unless NVUI_LOG names another.\n";

@@ -5,8 +5,8 @@
 
 #include "agent/display_lines.h"
 #include "agent/live/firewall/firewall_read.h"
-#include "agent/live/live_files.h"
 #include "agent/live/interfaces/live_interfaces.h"
+#include "agent/live/live_files.h"
 #include "agent/live/live_kernel.h"
 #include "agent/live/live_listen.h"
 #include "agent/live/live_services.h"

@@ -1,8 +1,6 @@
 // inotify watches, kept in step with the listed paths, and their events.
 #include "agent/monitors/file_monitor.h"
 
-#include "agent/monitors/trusted_path.h"
-
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -11,6 +9,8 @@
 
 #include <cerrno>
 #include <cstring>
+
+#include "agent/monitors/trusted_path.h"
 
 namespace nvmonit {
 
