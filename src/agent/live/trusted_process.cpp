@@ -18,13 +18,6 @@ namespace nvagent {
 
 namespace {
 
-bool SameFile(const std::string& a, const std::string& b) {
-    struct stat sa {
-    }, sb{};
-    return stat(a.c_str(), &sa) == 0 && stat(b.c_str(), &sb) == 0 && sa.st_dev == sb.st_dev &&
-           sa.st_ino == sb.st_ino;
-}
-
 bool InOurNamespaces(const std::string& procDir) {
     return SameFile(procDir + "/ns/pid", "/proc/self/ns/pid") &&
            SameFile(procDir + "/ns/net", "/proc/self/ns/net");

@@ -12,16 +12,11 @@
 #include <algorithm>
 #include <memory>
 
+#include "agent/live/live_files.h"
+
 namespace nvagent {
 
 namespace {
-
-bool SameFile(const std::string& a, const std::string& b) {
-    struct stat sa {
-    }, sb{};
-    return stat(a.c_str(), &sa) == 0 && stat(b.c_str(), &sb) == 0 && sa.st_dev == sb.st_dev &&
-           sa.st_ino == sb.st_ino;
-}
 
 struct BusUnref {
     void operator()(sd_bus* b) const { sd_bus_flush_close_unref(b); }
