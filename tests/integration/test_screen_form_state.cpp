@@ -92,7 +92,8 @@ TEST_F(FormStateTest, DateFormSendsCommand58AndThePageShowsTheNewDate) {
     int result = 0;
     EXPECT_TRUE(OneSet(c, from, 58, "2024 2 9", &result));
     EXPECT_EQ(result, 7);
-    EXPECT_TRUE(InfoStartsWith(s, c.ResultText(7)));
+    // The page is rebuilt before the result text reaches the information line.
+    EXPECT_TRUE(Eventually(s, [&] { return InfoStartsWith(s, c.ResultText(7)); }));
     // The bar's records: opened from the page, shown, and the joined text.
     std::string log = c.Run().ReadConsoleLog();
     for (const char* rec : {"]Enter add control!\n", "]ShortcutKey control init ok!\n",
