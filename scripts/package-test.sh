@@ -171,7 +171,7 @@ unset NVUI_SOCKET NVUI_LOG
 
 echo "== nvstart without a service manager =="
 out=$(/usr/bin/nvstart --socket "$T/nvsock2" -- --backend sim --state "$T/state.json")
-[ "$out" = "nvstart: started /usr/sbin/norvaned; norvaned answers on $T/nvsock2." ] || fail "nvstart: $out"
+[ "$out" = "nvstart: started /usr/sbin/norvaned (simulator backend); norvaned answers on $T/nvsock2." ] || fail "nvstart: $out"
 out=$(NVUI_SOCKET="$T/nvsock2" /usr/bin/nvstart -- --backend sim --state "$T/state.json")
 [ "$out" = "nvstart: norvaned already answers on $T/nvsock2; nothing started." ] || fail "nvstart again: $out"
 n=$(pgrep -fc "^/usr/sbin/norvaned --socket $T/nvsock2 " || true)
