@@ -4,6 +4,8 @@
 #ifndef NV_AGENT_BACKEND_H
 #define NV_AGENT_BACKEND_H
 
+#include <sys/types.h>
+
 #include <string>
 #include <utility>
 
@@ -21,16 +23,24 @@ struct CmdResult {
     std::string sNewValues;
 };
 
+// Who sent a request: the process at the other end of the agent's socket
+// (0 when unknown, as for requests made inside the agent or by tests).
+struct Peer {
+    pid_t iPid = 0;
+};
+
 class Backend {
 public:
     virtual ~Backend() = default;
     // Appends the encoded check body (cConf_Inf then cSvrState, as the wire
     // codec writes them) for this moment to body. Safe to call concurrently.
     virtual void CheckBody(std::string& body) = 0;
-    // Carries out one set command (4..63 or the language command). Answers
-    // em_ActSuccAll only when the change is made and saved. Safe to call
-    // concurrently; changes are serialised inside.
-    virtual CmdResult Apply(short cmd, const std::string& payload) = 0;
+    // Carries out one set command (4..63 or the language command) sent by
+    // peer. Answers em_ActSuccAll only when the change is made and saved.
+    // Safe to call concurrently; changes are serialised inside.
+    virtual CmdResult Apply(short cmd, const std::string& payload, const Peer& peer) = 0;
+    // The same, from no particular process.
+    CmdResult Apply(short cmd, const std::string& payload) { return Apply(cmd, payload, Peer{}); }
 };
 
 }  // namespace nvagent

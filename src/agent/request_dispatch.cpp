@@ -14,7 +14,8 @@ bool IsSetCommand(short cmd) {
 
 }  // namespace
 
-int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs) {
+int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs,
+                  const Peer& peer) {
     static const std::string kNoDetail;
     bufs.oldValues.clear();
     bufs.newValues.clear();
@@ -25,7 +26,7 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
         return em_OK;
     }
     if (IsSetCommand(cmd)) {
-        CmdResult res = backend.Apply(cmd, payload);
+        CmdResult res = backend.Apply(cmd, payload, peer);
         nvwire::BuildAnswer(bufs.answer, cmd, res.iCode, res.sDetail, "", 0);
         bufs.oldValues = std::move(res.sOldValues);
         bufs.newValues = std::move(res.sNewValues);

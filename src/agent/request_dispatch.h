@@ -27,7 +27,8 @@ struct AnswerBuffers {
 // Builds the whole answer packet for cmd and payload into bufs.answer and
 // returns the result code it carries; a change's old and new values go to
 // bufs.oldValues and bufs.newValues.
-int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs);
+int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs,
+                  const Peer& peer = Peer{});
 
 }  // namespace nvagent
 

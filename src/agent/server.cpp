@@ -257,7 +257,7 @@ void Server::Handle(uint64_t id, uint32_t events) {
     if (before == Connection::Phase::kReading && c.GetPhase() == Connection::Phase::kDispatching) {
         {
             std::lock_guard<std::mutex> lock(m_mutex);
-            m_jobs.push_back(Job{id, c.Cmd(), c.Payload()});
+            m_jobs.push_back(Job{id, c.Cmd(), c.Payload(), c.Pid()});
         }
         m_jobReady.notify_one();
     }
@@ -351,7 +351,7 @@ void Server::WorkerThread() {
             job = std::move(m_jobs.front());
             m_jobs.pop_front();
         }
-        int result = AnswerRequest(m_backend, job.cmd, job.payload, bufs);
+        int result = AnswerRequest(m_backend, job.cmd, job.payload, bufs, Peer{job.pid});
         m_journal.Record(job.cmd, job.payload.data(), job.payload.size(), result, nullptr,
                          bufs.oldValues, bufs.newValues);
         {

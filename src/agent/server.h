@@ -65,6 +65,7 @@ private:
         uint64_t id;
         short cmd;
         std::string payload;
+        pid_t pid;
     };
     struct Done {
         uint64_t id;

@@ -51,7 +51,8 @@ public:
         nvwire::EncodeSvr(w, svr);
     }
 
-    nvagent::CmdResult Apply(short cmd, const std::string& payload) override {
+    using nvagent::Backend::Apply;
+    nvagent::CmdResult Apply(short cmd, const std::string& payload, const nvagent::Peer&) override {
         ++m_applied;
         std::this_thread::sleep_for(std::chrono::milliseconds(m_applyDelayMs.load()));
         if (cmd == 4 && (payload == "1" || payload == "0")) {

@@ -61,7 +61,8 @@ public:
         nvwire::EncodeSvr(w, svr);
     }
 
-    CmdResult Apply(short cmd, const std::string& payload) override {
+    using Backend::Apply;
+    CmdResult Apply(short cmd, const std::string& payload, const Peer&) override {
         Request req;
         CmdResult r;
         if (!ParseCommand(cmd, payload, req, r))

@@ -90,7 +90,7 @@ void SimEngine::CheckBody(std::string& body) {
     body.append(m_body);
 }
 
-CmdResult SimEngine::Apply(short cmd, const std::string& payload) {
+CmdResult SimEngine::Apply(short cmd, const std::string& payload, const Peer&) {
     Request req;
     CmdResult r;
     if (!ParseCommand(cmd, payload, req, r))

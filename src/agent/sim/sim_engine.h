@@ -22,7 +22,8 @@ public:
     SimEngine(SimState st, std::string statePath, Clock clock = nullptr);
 
     void CheckBody(std::string& body) override;
-    CmdResult Apply(short cmd, const std::string& payload) override;
+    using Backend::Apply;
+    CmdResult Apply(short cmd, const std::string& payload, const Peer& peer) override;
 
     // A copy of the state with the date and time of this moment.
     SimState Snapshot();
