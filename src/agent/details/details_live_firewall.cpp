@@ -52,15 +52,15 @@ const DetailRow kRows[] = {
      "Entry {1} is {2}'s rule in {4}; the agent has none here.",
      "第 {1} 条是 {2} 的规则；代理在此链中没有规则。"},
     {"Entry {} is {}'s rule \"{}\" in {}, not the agent's; the agent's rules are numbered 1 to {}.",
-     "Entry {1} is {2}'s rule in {4}; the agent's are 1-{5}.",
-     "第 {1} 条是 {2} 的规则；代理的规则为 1 至 {5}。"},
+     "Entry {1} is {2}'s rule; the agent's are 1 to {5}.",
+     "第 {1} 条属于 {2}；代理的规则为 1 至 {5}。"},
 
     // Another manager's firewall: the command to run instead. The sentences
     // with a fixed ending first, the one ending in any command last.
     {"{} manages this server's firewall, so the agent leaves the change to it: ufw status "
      "numbered, then ufw delete NUMBER.",
      "{1} manages the firewall: ufw status numbered, ufw delete NUMBER.",
-     "防火墙由 {1} 管理：请用 ufw status numbered、ufw delete 编号。"},
+     "防火墙由 {1} 管理：用 ufw status numbered、ufw delete。"},
     {"{} manages this server's firewall, so the agent leaves the change to it: firewall-cmd "
      "--list-all (or --direct --get-all-rules), then the matching --remove option with "
      "--permanent, then firewall-cmd --reload.",
@@ -70,7 +70,7 @@ const DetailRow kRows[] = {
      "outgoing traffic with policies or direct rules, such as firewall-cmd --permanent --direct "
      "--add-rule ipv4 filter OUTPUT 99 -j {}, then firewall-cmd --reload.",
      "{1} manages the firewall: use a direct rule (OUTPUT -j {2}).",
-     "防火墙由 {1} 管理：请用直接规则（OUTPUT -j {2}）。"},
+     "防火墙由 {1} 管理：请用直接规则 OUTPUT -j {2}。"},
     {"{} manages this server's firewall, so the agent leaves the change to it: {}, then "
      "firewall-cmd --reload.",
      "{1} manages the firewall; run {2}, then --reload.",

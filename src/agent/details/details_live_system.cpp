@@ -34,7 +34,7 @@ const DetailRow kRows[] = {
     {"The clock was not set: {}.", nullptr, "未能设置时钟：{1}。"},
     {"The clock was set; the time-synchronisation service {} is running and may correct it again.",
      "Clock set; the time sync service {1} runs and may correct it.",
-     "时钟已设置；时间同步服务 {1} 在运行，可能再次校正。"},
+     "时钟已设置；时间同步服务 {1} 可能再次校正它。"},
     {"The date is already {}.", nullptr, "日期已是 {1}。"},
     {"The time is already {}.", nullptr, "时间已是 {1}。"},
 
