@@ -14,8 +14,7 @@ const DetailRow kRows[] = {
     // The notes, last one first.
     {"{} Legacy iptables tables are loaded beside nf_tables; their rules apply as well (see "
      "iptables-legacy -S).",
-     "{1} Legacy iptables rules apply too (iptables-legacy -S).",
-     "{1}旧版 iptables 表的规则同样生效。"},
+     "{1} Legacy iptables rules apply too.", "{1}旧版 iptables 规则也生效。"},
     {"Legacy iptables tables are loaded beside nf_tables; their rules apply as well (see "
      "iptables-legacy -S).",
      "Legacy iptables tables are loaded too; their rules apply (iptables-legacy -S).",

@@ -36,15 +36,15 @@ const DetailRow kRows[] = {
     {"Samba's checker refused the change: {}.", nullptr, "Samba 的检查程序拒绝了更改：{1}。"},
     {"Samba would read the share as {}, not {}; nothing was changed.",
      "Samba would read the share as {1}, not {2}; not changed.",
-     "Samba 会把共享读作{1}，而非{2}；未做更改。"},
+     "Samba 会把共享读作 {1}，而非 {2}；未做更改。"},
     {"Samba did not reload the change ({}); the old configuration was put back.",
      "Samba did not reload the change ({1}); old config put back.",
      "Samba 未能重新加载更改（{1}）；已恢复原配置。"},
     {"The Samba share path is already {}.", nullptr, "Samba 共享路径已是 {1}。"},
     {"The Samba options already have their default values.", nullptr, "Samba 选项已是默认值。"},
     // Parts: the share as Samba reads it.
-    {"path \"{}\", writable", nullptr, "路径“{1}”，可写"},
-    {"path \"{}\", read-only", nullptr, "路径“{1}”，只读"},
+    {"path \"{}\", writable", "{1} (writable)", "{1}（可写）"},
+    {"path \"{}\", read-only", "{1} (read-only)", "{1}（只读）"},
 };
 
 }  // namespace

@@ -12,7 +12,8 @@ const DetailRow kRows[] = {
      "Command {1} is not supported on a live system yet.", "本代理在实际系统上暂不执行命令 {1}。"},
     {"Could not save the agent's settings: {}.", nullptr, "无法保存代理的设置：{1}。"},
 
-    // Kernel settings: the subject is the setting's name.
+    // Kernel settings: the subject is the setting's name, a part with a
+    // row of its own.
     {"{}: the kernel refused {} ({}).", nullptr, "{1}：内核拒绝了 {2}（{3}）。"},
     {"{}: the kernel holds {} instead of {}; the setting was left at {}.",
      "{1}: kernel kept {2}, not {3}; left at {4}.", "{1}：内核值为 {2} 而非 {3}，保持 {4}。"},
@@ -24,6 +25,15 @@ const DetailRow kRows[] = {
      "{1}为 {2}，即内核的“无限制”默认值，未更改。"},
     {"Done: {} was {} (no limit) and is now {}.", nullptr,
      "已完成：{1}原为 {2}（无限制），现为 {3}。"},
+
+    {"Ignoring ICMP echo requests", nullptr, "忽略 ICMP 回显请求"},
+    {"TCP SYN cookie protection", nullptr, "TCP SYN cookie 保护"},
+    {"Reuse of TIME_WAIT sockets", nullptr, "TIME_WAIT 套接字重用"},
+    {"The largest shared-memory segment", nullptr, "最大共享内存段"},
+    {"The shared-memory total", nullptr, "共享内存总量"},
+    {"The number of shared-memory segments", nullptr, "共享内存段数"},
+    {"The thread maximum", nullptr, "最大线程数"},
+    {"The file-handle maximum", nullptr, "最大文件句柄数"},
 
     // Host name.
     {"The host name is already {}.", nullptr, "主机名已是 {1}。"},
