@@ -25,7 +25,7 @@ const DetailRow kRows[] = {
     {"{} is already down.", nullptr, "{1} 已处于停用状态。"},
     {"{} is already up.", nullptr, "{1} 已处于启用状态。"},
     {"{} already uses DHCP.", nullptr, "{1} 已在使用 DHCP。"},
-    {"{} already has these settings.", nullptr, "{1} 已是这些设置。"},
+    {"{} already has these settings.", nullptr, "{1} 已采用这些设置。"},
 
     // A change that failed and was undone.
     {"{} could not be configured: {}; the old settings were put back.",
