@@ -18,7 +18,7 @@ const DetailRow kRows[] = {
      "未安装 FTP 服务器（缺少 {1}）。"},
     {"The server would not read the change from {} as asked; nothing was changed.",
      "The server would not read {1} as asked; nothing changed.",
-     "FTP 服务器读到的 {1} 与所设不符；未做更改。"},
+     "服务器读到的 {1} 与所设不符；未做更改。"},
     {"Could not keep a copy of the FTP configuration: {}.",
      "Could not keep a copy of the FTP config: {1}.", "无法保留 FTP 配置的副本：{1}。"},
     {"The FTP server did not restart with the change ({}); the old configuration was put back.",
