@@ -15,8 +15,11 @@ struct CmdResult {
     CmdResult() = default;
     CmdResult(int code, std::string detail) : iCode(code), sDetail(std::move(detail)) {}
 
-    int iCode = 0;        // an EM_RET value
-    std::string sDetail;  // short reason shown behind the result description
+    int iCode = 0;  // an EM_RET value
+    // The reason shown behind the result description, as a full English
+    // sentence: the journal keeps it, the answer carries its short form in
+    // the console's language (agent/details/detail_lookup.h).
+    std::string sDetail;
     // For the journal: the changed fields' values before and after the
     // change as JSON objects, empty when the change recorded none.
     std::string sOldValues;
@@ -41,6 +44,10 @@ public:
     virtual CmdResult Apply(short cmd, const std::string& payload, const Peer& peer) = 0;
     // The same, from no particular process.
     CmdResult Apply(short cmd, const std::string& payload) { return Apply(cmd, payload, Peer{}); }
+    // The console's language as the agent's settings hold it (chLangCode:
+    // 0 English, 1 Chinese in GB2312, 2 Chinese in UTF-8), in which answers
+    // carry their details. Safe to call concurrently.
+    virtual int LangCode() { return 0; }
 };
 
 }  // namespace nvagent

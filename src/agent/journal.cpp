@@ -30,13 +30,38 @@ void AppendHex(std::string& out, const char* p, size_t n) {
     }
 }
 
-// Notes are the agent's own short ASCII texts; quotes, backslashes and
-// control characters are escaped all the same so a line always parses.
-void AppendJsonString(std::string& out, const char* s) {
+// The length of the UTF-8 character at s[i], or 0 when the bytes there are
+// not one.
+size_t Utf8CharLen(const std::string& s, size_t i) {
+    unsigned char c = static_cast<unsigned char>(s[i]);
+    size_t len = c < 0x80           ? 1
+                 : (c >> 5) == 0x6  ? 2
+                 : (c >> 4) == 0xE  ? 3
+                 : (c >> 3) == 0x1E ? 4
+                                    : 0;
+    if (len == 0 || i + len > s.size())
+        return 0;
+    for (size_t k = 1; k < len; ++k) {
+        if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80)
+            return 0;
+    }
+    return len;
+}
+
+// A JSON string of s. A detail carries values as they came (a payload's
+// bytes, a tool's message): all of it is kept, control characters escaped,
+// and a byte that is not UTF-8 becomes '?', so that the line stays JSON.
+void AppendJsonText(std::string& out, const std::string& s) {
     out.push_back('"');
-    for (; *s != '\0'; ++s) {
-        unsigned char c = static_cast<unsigned char>(*s);
-        if (c == '"' || c == '\\') {
+    for (size_t i = 0; i < s.size();) {
+        size_t len = Utf8CharLen(s, i);
+        unsigned char c = static_cast<unsigned char>(s[i]);
+        if (len == 0) {
+            out.push_back('?');
+            len = 1;
+        } else if (len > 1) {
+            out.append(s, i, len);
+        } else if (c == '"' || c == '\\') {
             out.push_back('\\');
             out.push_back(static_cast<char>(c));
         } else if (c < 0x20) {
@@ -46,6 +71,7 @@ void AppendJsonString(std::string& out, const char* s) {
         } else {
             out.push_back(static_cast<char>(c));
         }
+        i += len;
     }
     out.push_back('"');
 }
@@ -72,6 +98,24 @@ std::string PasswordUser(const char* payload, size_t n, size_t want) {
         at = end;
     }
     return count == want && tokens[0].size() <= 64 ? tokens[0] : "";
+}
+
+// Whether text holds any word of the password request's payload but its
+// first (the user): such a detail is not written.
+bool HoldsSecret(const std::string& text, const char* payload, size_t n) {
+    std::string words(payload, n);
+    size_t at = words.find_first_of(" \t");
+    while (at != std::string::npos) {
+        size_t start = words.find_first_not_of(" \t", at);
+        if (start == std::string::npos)
+            break;
+        size_t end = words.find_first_of(" \t", start);
+        if (text.find(words.substr(start, end == std::string::npos ? end : end - start)) !=
+            std::string::npos)
+            return true;
+        at = end;
+    }
+    return false;
 }
 
 void WriteWhole(int fd, const char* p, size_t n) {
@@ -114,7 +158,7 @@ bool Journal::Open(const std::string& path, std::string& err, size_t maxBytes) {
 
 void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int result,
                          const char* note, const std::string& oldValues,
-                         const std::string& newValues) {
+                         const std::string& newValues, const std::string& detail) {
     bool password = cmd == kPasswordCmd || cmd == kPasswordHashCmd;
     size_t shown = password ? 0 : (payloadLen < kJournalHexBytes ? payloadLen : kJournalHexBytes);
     m_line.clear();
@@ -132,10 +176,14 @@ void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int re
         m_line.append(", \"new\": ");
         m_line.append(newValues);
     }
+    if (!detail.empty() && !(password && HoldsSecret(detail, payload, payloadLen))) {
+        m_line.append(", \"detail\": ");
+        AppendJsonText(m_line, detail);
+    }
     if (password) {
         std::string user = PasswordUser(payload, payloadLen, cmd == kPasswordCmd ? 3 : 2);
         m_line.append(", \"user\": ");
-        AppendJsonString(m_line, user.c_str());
+        AppendJsonText(m_line, user.c_str());
         if (note == nullptr)
             note = result == 7 ? "password changed" : "password not changed";
     } else if (shown < payloadLen) {
@@ -143,7 +191,7 @@ void Journal::FormatLine(int cmd, const char* payload, size_t payloadLen, int re
     }
     if (note != nullptr) {
         m_line.append(", \"note\": ");
-        AppendJsonString(m_line, note);
+        AppendJsonText(m_line, note);
     }
     m_line.append("}\n");
 }
@@ -168,11 +216,12 @@ void Journal::RotateIfFull() {
 }
 
 void Journal::Record(int cmd, const char* payload, size_t payloadLen, int result, const char* note,
-                     const std::string& oldValues, const std::string& newValues) {
+                     const std::string& oldValues, const std::string& newValues,
+                     const std::string& detail) {
     if (m_fd < 0)
         return;
     std::lock_guard<std::mutex> lock(m_mutex);
-    FormatLine(cmd, payload, payloadLen, result, note, oldValues, newValues);
+    FormatLine(cmd, payload, payloadLen, result, note, oldValues, newValues, detail);
     RotateIfFull();
     WriteWhole(m_fd, m_line.data(), m_line.size());
     m_size += m_line.size();

@@ -14,6 +14,10 @@
 //     changed before and after it, as objects keyed by field name (see
 //     change_values.h; a list holds only its changed entries); never for
 //     the password command;
+//   "detail": the answer's detail as the full English sentence the agent
+//     built (the console got its short form in its own language); left
+//     out for the password command when it would hold a word of the
+//     payload other than the user;
 //   "user": for the password command (56) the user named in the request; its
 //     payload_hex is then always empty, so no password ever reaches the file,
 //     and "note" says whether the password was changed;
@@ -56,14 +60,16 @@ public:
     // Appends one line with a single write(); lines from concurrent callers
     // never interleave. The line is in the file when this returns.
     // oldValues and newValues are the JSON objects of a change's old and new
-    // values, or empty.
+    // values, or empty; detail is the answer's full detail, or empty.
     void Record(int cmd, const char* payload, size_t payloadLen, int result,
                 const char* note = nullptr, const std::string& oldValues = std::string(),
-                const std::string& newValues = std::string());
+                const std::string& newValues = std::string(),
+                const std::string& detail = std::string());
 
 private:
     void FormatLine(int cmd, const char* payload, size_t payloadLen, int result, const char* note,
-                    const std::string& oldValues, const std::string& newValues);
+                    const std::string& oldValues, const std::string& newValues,
+                    const std::string& detail);
     void RotateIfFull();
 
     std::string m_path;

@@ -22,11 +22,14 @@ struct AnswerBuffers {
     // after a check or a change that recorded none).
     std::string oldValues;
     std::string newValues;
+    // The answer's detail as the full English sentence, for the journal
+    // (the answer carries its short form in the console's language).
+    std::string detail;
 };
 
 // Builds the whole answer packet for cmd and payload into bufs.answer and
 // returns the result code it carries; a change's old and new values go to
-// bufs.oldValues and bufs.newValues.
+// bufs.oldValues and bufs.newValues, the full detail to bufs.detail.
 int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs,
                   const Peer& peer = Peer{});
 

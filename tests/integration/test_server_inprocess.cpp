@@ -153,7 +153,7 @@ TEST_F(InProcessServer, UnknownCommandNumbersAreRefused) {
         ASSERT_TRUE(a.bOk) << a.sError;
         EXPECT_EQ(a.cmd, cmd);
         EXPECT_EQ(a.result, em_ParsePkgCmdNoOutOfRange);
-        EXPECT_EQ(a.sDetail, "unknown command " + std::to_string(cmd));
+        EXPECT_EQ(a.sDetail, "Unknown command " + std::to_string(cmd) + ".");
     }
     EXPECT_EQ(m_backend.m_applied.load(), 0);
 }
@@ -222,7 +222,8 @@ TEST_F(InProcessServer, JournalLinesDescribeEachRequest) {
     EXPECT_EQ(text,
               "{\"cmd\": 1, \"len\": 0, \"payload_hex\": \"\", \"result\": 0}\n"
               "{\"cmd\": 4, \"len\": 1, \"payload_hex\": \"31\", \"result\": 7}\n"
-              "{\"cmd\": 5, \"len\": 2, \"payload_hex\": \"00ff\", \"result\": 2}\n");
+              "{\"cmd\": 5, \"len\": 2, \"payload_hex\": \"00ff\", \"result\": 2, "
+              "\"detail\": \"cmd 5 payload \\u0000?\"}\n");
 }
 
 TEST_F(InProcessServer, StalledClientsDoNotDelayOthersAndAreCutAtTheDeadline) {

@@ -90,3 +90,39 @@ TEST(Journal, ADeviceIsNeverRenamed) {
 }
 
 }  // namespace
+
+namespace {
+
+// The answer's detail is kept whole in English, whatever the console was
+// sent; bytes that are not UTF-8 are replaced so that the line stays JSON.
+TEST(Journal, TheFullDetailFollowsTheValues) {
+    nvtest::TempDir dir;
+    nvagent::Journal journal;
+    std::string err;
+    ASSERT_TRUE(journal.Open(dir.File("journal"), err)) << err;
+    std::string longDetail = "The file " + std::string(120, 'f') + " is already backed up.";
+    journal.Record(53, "x", 1, 4, nullptr, "", "", longDetail);
+    journal.Record(57, "a\"b", 3, 2, nullptr, "", "", std::string("bad \"\xff\" \x01 汉", 13));
+    EXPECT_EQ(nvtest::ReadFile(dir.File("journal")),
+              "{\"cmd\": 53, \"len\": 1, \"payload_hex\": \"78\", \"result\": 4, \"detail\": \"" +
+                  longDetail +
+                  "\"}\n"
+                  "{\"cmd\": 57, \"len\": 3, \"payload_hex\": \"612262\", \"result\": 2, "
+                  "\"detail\": \"bad \\\"?\\\" \\u0001 汉\"}\n");
+}
+
+// A password command's detail that would repeat a password is left out.
+TEST(Journal, APasswordCommandsDetailNeverHoldsThePassword) {
+    nvtest::TempDir dir;
+    nvagent::Journal journal;
+    std::string err;
+    ASSERT_TRUE(journal.Open(dir.File("journal"), err)) << err;
+    journal.Record(56, "root s3cret s3cret", 18, 2, nullptr, "", "", "Bad s3cret here.");
+    journal.Record(56, "root pw pw", 10, 2, nullptr, "", "", "A password cannot contain blanks.");
+    std::string text = nvtest::ReadFile(dir.File("journal"));
+    EXPECT_EQ(text.find("s3cret"), std::string::npos) << text;
+    EXPECT_NE(text.find("\"detail\": \"A password cannot contain blanks.\""), std::string::npos)
+        << text;
+}
+
+}  // namespace

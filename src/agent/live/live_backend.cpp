@@ -61,6 +61,11 @@ public:
         nvwire::EncodeSvr(w, svr);
     }
 
+    int LangCode() override {
+        std::lock_guard<std::mutex> lock(m_mu);
+        return m_settings.chLangCode;
+    }
+
     using Backend::Apply;
     CmdResult Apply(short cmd, const std::string& payload, const Peer&) override {
         Request req;

@@ -118,6 +118,11 @@ CmdResult SimEngine::Apply(short cmd, const std::string& payload, const Peer&) {
     return r;
 }
 
+int SimEngine::LangCode() {
+    std::lock_guard<std::mutex> lock(m_mu);
+    return m_state.conf.chLangCode;
+}
+
 SimState SimEngine::Snapshot() {
     std::lock_guard<std::mutex> lock(m_mu);
     SetShownTime(m_clock());

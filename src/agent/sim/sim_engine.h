@@ -24,6 +24,7 @@ public:
     void CheckBody(std::string& body) override;
     using Backend::Apply;
     CmdResult Apply(short cmd, const std::string& payload, const Peer& peer) override;
+    int LangCode() override;
 
     // A copy of the state with the date and time of this moment.
     SimState Snapshot();
