@@ -7,12 +7,25 @@ namespace nvagent {
 extern const DetailTable kDetailsServer;
 extern const DetailTable kDetailsCommands;
 extern const DetailTable kDetailsSim;
+extern const DetailTable kDetailsLiveSystem;
+extern const DetailTable kDetailsLiveFirewall;
+extern const DetailTable kDetailsLiveInterfaces;
+extern const DetailTable kDetailsLiveServices;
+extern const DetailTable kDetailsLiveMonitors;
+extern const DetailTable kDetailsLiveReasons;
 
 const std::vector<const DetailTable*>& DetailTables() {
     static const std::vector<const DetailTable*> kTables = {
         &kDetailsServer,
         &kDetailsCommands,
         &kDetailsSim,
+        &kDetailsLiveSystem,
+        &kDetailsLiveFirewall,
+        &kDetailsLiveInterfaces,
+        &kDetailsLiveServices,
+        &kDetailsLiveMonitors,
+        // The tools' reasons, which the sentences above quote, last.
+        &kDetailsLiveReasons,
     };
     return kTables;
 }
