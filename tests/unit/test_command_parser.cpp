@@ -50,7 +50,8 @@ TEST(CommandParser, PolicyLeftBlankIsRefusedWithAReason) {
     ExpectRefused(32, "-", em_ActPostValueNotValid, "No policy was chosen");
     ExpectRefused(36, "-", em_ActPostValueNotValid, "No policy was chosen");
     ExpectRefused(36, "9", em_ActPostValueNotValid, "not \"9\"");
-    ExpectRefused(32, "    ", em_ActPostCmdBuffFmtError, "Expected 1 value");
+    ExpectRefused(32, "    ", em_ActPostCmdBuffFmtError,
+                  "The policy is one choice, 1 (accept) or 2 (drop), without blanks.");
     PolicyRequest p = Parsed<PolicyRequest>(36, "2");
     EXPECT_EQ(p.chain, kChainOutput);
     EXPECT_EQ(p.policy, kActDrop);
@@ -60,7 +61,50 @@ TEST(CommandParser, FormsWithTheWrongNumberOfFieldsNameTheCount) {
     ExpectRefused(23, "/dev/vdb1 1 2", em_ActPostCmdBuffFmtError,
                   "Expected 4 values separated by single blanks, got 3.");
     ExpectRefused(33, "1 1 - 0 - 22", em_ActPostCmdBuffFmtError, "Expected 7 values");
-    ExpectRefused(55, "eth0  10.0.0.1 255.0.0.0 - - -", em_ActPostCmdBuffFmtError, "got 7");
+    ExpectRefused(55, "eth0 10.0.0.1", em_ActPostCmdBuffFmtError, "got 2");
+}
+
+// A blank inside a field's value is said in the user's terms: which field
+// cannot contain blanks, not how many tokens the payload split into.
+TEST(CommandParser, ABlankInAValueNamesTheField) {
+    struct Case {
+        short cmd;
+        const char* payload;
+        const char* detail;
+    };
+    const Case kCases[] = {
+        {57, "web 02", "A host name cannot contain blanks."},
+        {57, "web02 ", "A host name cannot contain blanks."},
+        {56, "admin my pass my pass", "A password cannot contain blanks."},
+        {56, "admin a b c a b c", "A password cannot contain blanks."},
+        {56, "ad min pw pw", "A user name cannot contain blanks."},
+        {56, "admin my pass other", "A user name or password cannot contain blanks."},
+        {60, "admin $6$a b", "A user name or password hash cannot contain blanks."},
+        {52, "eth 0", "An interface name cannot contain blanks."},
+        {53, "eth0 eth1", "An interface name cannot contain blanks."},
+        {54, "e 1", "An interface name cannot contain blanks."},
+        {55, "eth0  10.0.0.1 255.0.0.0 - - -",
+         "An interface name or address cannot contain blanks."},
+        {24, "1 2", "An index cannot contain blanks."},
+        {29, "1 ", "An index cannot contain blanks."},
+        {34, " 1", "An index cannot contain blanks."},
+        {38, "1 2", "An index cannot contain blanks."},
+        {32, "1 2", "The policy is one choice, 1 (accept) or 2 (drop), without blanks."},
+        {36, "1 2", "The policy is one choice, 1 (accept) or 2 (drop), without blanks."},
+        {58, "20 26 11 24", "The year, month and day cannot contain blanks."},
+        {59, "10 3 0 0", "The hour, minute and second cannot contain blanks."},
+        {23, "/mnt/my disk 100 10 5",
+         "A partition, ceiling, floor or interval cannot contain blanks."},
+        {28, "/etc/my file /var/backups 64",
+         "A file, backup directory or size cannot contain blanks."},
+        {33, "1 1 10.0.0.1 0 - 22 1 1", "A rule's addresses and ports cannot contain blanks."},
+        {37, "1 1 - 0 10.0.0. 1 22 1", "A rule's addresses and ports cannot contain blanks."},
+    };
+    for (const Case& c : kCases) {
+        CmdResult r = Refusal(c.cmd, c.payload);
+        EXPECT_EQ(r.iCode, em_ActPostCmdBuffFmtError) << c.cmd << " \"" << c.payload << "\"";
+        EXPECT_EQ(r.sDetail, c.detail) << c.cmd << " \"" << c.payload << "\"";
+    }
 }
 
 TEST(CommandParser, UntouchedFormsSayWhichFieldIsMissing) {

@@ -75,10 +75,15 @@ bool IsSetCommand(short cmd) {
     return Table().count(cmd) != 0;
 }
 
-bool FormTokens(const std::string& payload, size_t n, std::vector<std::string>& tok, CmdResult& r) {
+bool FormTokens(const std::string& payload, size_t n, std::vector<std::string>& tok, CmdResult& r,
+                const char* onBlanks) {
     tok = SplitBlanks(payload);
     if (tok.size() == n)
         return true;
+    if (tok.size() > n) {
+        r = Malformed(onBlanks);
+        return false;
+    }
     r = Malformed("Expected " + std::to_string(n) + (n == 1 ? " value" : " values") +
                   " separated by single blanks, got " + std::to_string(tok.size()) + ".");
     return false;

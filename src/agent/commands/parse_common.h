@@ -13,8 +13,12 @@ namespace nvagent {
 using ParseFn = bool (*)(short cmd, const std::string& p, Request& req, CmdResult& r);
 
 // Splits a form payload into exactly n blank-separated tokens; false with
-// the answer (em_ActPostCmdBuffFmtError) in r when the count differs.
-bool FormTokens(const std::string& payload, size_t n, std::vector<std::string>& tok, CmdResult& r);
+// the answer (em_ActPostCmdBuffFmtError) in r when the count differs. More
+// tokens than fields means a field held a blank, which onBlanks says in the
+// user's terms ("A host name cannot contain blanks."); fewer, which no form
+// sends, gets the count.
+bool FormTokens(const std::string& payload, size_t n, std::vector<std::string>& tok, CmdResult& r,
+                const char* onBlanks);
 
 // "1" .. "n" as 1 .. n, else 0.
 int Choice(const std::string& tok, int n);

@@ -39,7 +39,8 @@ bool RulePort(const std::string& tok, const char* what, int& out, CmdResult& r) 
 
 bool ParsePolicy(short cmd, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 1, tok, r))
+    if (!FormTokens(p, 1, tok, r,
+                    "The policy is one choice, 1 (accept) or 2 (drop), without blanks."))
         return false;
     if (IsEmptyField(tok[0])) {
         r = Invalid("No policy was chosen: choose accept (1) or drop (2).");
@@ -58,7 +59,7 @@ bool ParsePolicy(short cmd, const std::string& p, Request& req, CmdResult& r) {
 
 bool ParseRuleAdd(short cmd, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 7, tok, r))
+    if (!FormTokens(p, 7, tok, r, "A rule's addresses and ports cannot contain blanks."))
         return false;
     RuleAddRequest a{ChainOf(cmd), true, FwRule()};
     int prio = Choice(tok[0], 2);

@@ -116,7 +116,7 @@ bool ParseProcessList(short cmd, const std::string& p, Request& req, CmdResult& 
 
 bool ParseVolumeAdd(short, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 4, tok, r))
+    if (!FormTokens(p, 4, tok, r, "A partition, ceiling, floor or interval cannot contain blanks."))
         return false;
     VolumeAddRequest v{tok[0], 0, 0, 0};
     if (!FormPath(tok[0], "The partition", r) || !FormNumber(tok[1], "The ceiling", 0, v.ceil, r) ||
@@ -135,7 +135,7 @@ bool ParseVolumeAdd(short, const std::string& p, Request& req, CmdResult& r) {
 
 bool ParseBackupAdd(short, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 3, tok, r))
+    if (!FormTokens(p, 3, tok, r, "A file, backup directory or size cannot contain blanks."))
         return false;
     BackupAddRequest b{tok[0], tok[1], 0};
     if (!FormBackupPath(tok[0], "The file", r) ||
@@ -150,7 +150,7 @@ bool ParseBackupAdd(short, const std::string& p, Request& req, CmdResult& r) {
 bool ParseDelete(short cmd, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
     unsigned long long n = 0;
-    if (!FormTokens(p, 1, tok, r))
+    if (!FormTokens(p, 1, tok, r, "An index cannot contain blanks."))
         return false;
     if (IsEmptyField(tok[0])) {
         r = Invalid("No index was given.");

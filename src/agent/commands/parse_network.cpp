@@ -116,7 +116,8 @@ bool GatewayReachable(uint32_t gw, uint32_t ip, uint32_t mask, const std::string
 
 bool ParseInterface(short cmd, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 1, tok, r) || !InterfaceName(tok[0], r))
+    if (!FormTokens(p, 1, tok, r, "An interface name cannot contain blanks.") ||
+        !InterfaceName(tok[0], r))
         return false;
     req = InterfaceRequest{cmd, tok[0]};
     return true;
@@ -124,7 +125,8 @@ bool ParseInterface(short cmd, const std::string& p, Request& req, CmdResult& r)
 
 bool ParseInterfaceManual(short, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 6, tok, r) || !InterfaceName(tok[0], r))
+    if (!FormTokens(p, 6, tok, r, "An interface name or address cannot contain blanks.") ||
+        !InterfaceName(tok[0], r))
         return false;
     InterfaceManualRequest m;
     m.name = tok[0];

@@ -1,4 +1,5 @@
 // Parsers of the system state forms: password, host name, date and time.
+#include <algorithm>
 #include <climits>
 
 #include "agent/commands/parse_common.h"
@@ -18,7 +19,9 @@ struct Part {
 // Three number tokens within their ranges; false with the answer in r.
 bool ThreeNumbers(const std::string& p, const Part (&parts)[3], int (&v)[3], CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 3, tok, r))
+    std::string blanks = std::string("The ") + parts[0].name + ", " + parts[1].name + " and " +
+                         parts[2].name + " cannot contain blanks.";
+    if (!FormTokens(p, 3, tok, r, blanks.c_str()))
         return false;
     for (int i = 0; i < 3; ++i) {
         unsigned long long n = 0;
@@ -55,11 +58,24 @@ bool IsUserName(const std::string& s) {
     return true;
 }
 
+// Which field of "USER PW PW2" held the blanks that made more tokens: the
+// password when what follows the user is the same typed twice, the user
+// name when the two passwords after it are one word each and the same.
+const char* PasswordBlanks(const std::vector<std::string>& tok) {
+    size_t half = (tok.size() - 1) / 2;
+    if ((tok.size() - 1) % 2 == 0 &&
+        std::equal(tok.begin() + 1, tok.begin() + 1 + half, tok.begin() + 1 + half))
+        return "A password cannot contain blanks.";
+    if (tok[tok.size() - 1] == tok[tok.size() - 2])
+        return "A user name cannot contain blanks.";
+    return "A user name or password cannot contain blanks.";
+}
+
 }  // namespace
 
 bool ParsePassword(short, const std::string& p, Request& req, CmdResult& r) {
-    std::vector<std::string> tok;
-    if (!FormTokens(p, 3, tok, r))
+    std::vector<std::string> tok = SplitBlanks(p);
+    if (!FormTokens(p, 3, tok, r, tok.size() > 3 ? PasswordBlanks(tok) : ""))
         return false;
     if (IsEmptyField(tok[0])) {
         r = Invalid("The user name was left empty.");
@@ -84,7 +100,7 @@ bool ParsePassword(short, const std::string& p, Request& req, CmdResult& r) {
 // as it is, so that a password is set without being sent in clear.
 bool ParsePasswordHash(short, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 2, tok, r))
+    if (!FormTokens(p, 2, tok, r, "A user name or password hash cannot contain blanks."))
         return false;
     const std::string& hash = tok[1];
     if (IsEmptyField(tok[0])) {
@@ -106,7 +122,7 @@ bool ParsePasswordHash(short, const std::string& p, Request& req, CmdResult& r) 
 
 bool ParseHostName(short, const std::string& p, Request& req, CmdResult& r) {
     std::vector<std::string> tok;
-    if (!FormTokens(p, 1, tok, r))
+    if (!FormTokens(p, 1, tok, r, "A host name cannot contain blanks."))
         return false;
     const std::string& name = tok[0];
     if (IsEmptyField(name)) {

@@ -1,5 +1,8 @@
 // The list of the catalogue's tables. A domain's file defines its table; a
-// new file adds its declaration and one entry here.
+// new file adds its declaration and one entry here. The first row that
+// matches wins, so a table with rows that begin with "{}" (the simulator's
+// "{} is already up.") comes last, where it cannot take another domain's
+// sentence.
 #include "agent/details/detail_registry.h"
 
 namespace nvagent {

@@ -21,17 +21,18 @@ const DetailRow kRows[] = {
      "旧版 iptables 表的规则同样生效（iptables-legacy -S）。"},
     {"{} It may not take effect: every base chain on the {} hook must accept the traffic, and {} "
      "drops what it does not accept; accept it there too.",
-     "{1} May not work: {3} drops it; accept it there too.",
-     "{1}可能不生效：{3} 会丢弃它，请在那里也放行。"},
+     "{1} May not work: {3} drops it on {2}; accept it there.",
+     "{1}可能不生效：{2} 上的 {3} 会丢弃，请放行。"},
     {"It may not take effect: every base chain on the {} hook must accept the traffic, and {} "
      "drops what it does not accept; accept it there too.",
-     "May not take effect: {2} drops it; accept it there too.",
-     "可能不生效：{2} 会丢弃它，请在那里也放行。"},
+     "May not take effect: {2} drops it on {1}; accept it there.",
+     "可能不生效：{1} 上的 {2} 会丢弃它，请也放行。"},
     {"{} It does not take effect: {}'s rule \"{}\" in {} comes before the agent's chain.",
-     "{1} No effect: {2}'s rule in {4} comes first.", "{1}不会生效：{4} 中 {2} 的规则在前。"},
+     "{1} No effect: {2}'s rule \"{3}\" in {4} comes first.",
+     "{1}不生效：{4} 中 {2} 的“{3}”在前。"},
     {"It does not take effect: {}'s rule \"{}\" in {} comes before the agent's chain.",
      "No effect: {1}'s rule \"{2}\" in {3} comes first.",
-     "不会生效：{3} 中 {1} 的规则在代理的链之前。"},
+     "不生效：{3} 中 {1} 的“{2}”在代理的链前。"},
     // Part of a note: one other base chain that drops.
     {"{}'s table {}, chain {} ({})", nullptr, "{1} 的表 {2} 链 {3}（{4}）"},
 
@@ -41,18 +42,11 @@ const DetailRow kRows[] = {
     {"Could not save the agent's rules to {}: {}; the change was undone.",
      "Could not save the rules to {1}: {2}; change undone.",
      "无法将规则保存到 {1}：{2}；已撤销更改。"},
-    {"The input chain policy is already accept.", nullptr, "INPUT 链的策略已是 ACCEPT。"},
-    {"The input chain policy is already drop.", nullptr, "INPUT 链的策略已是 DROP。"},
-    {"The output chain policy is already accept.", nullptr, "OUTPUT 链的策略已是 ACCEPT。"},
-    {"The output chain policy is already drop.", nullptr, "OUTPUT 链的策略已是 DROP。"},
-    {"The input chain is already empty.", nullptr, "INPUT 链已经为空。"},
-    {"The output chain is already empty.", nullptr, "OUTPUT 链已经为空。"},
     {"Entry {} is {}'s rule \"{}\" in {}, not the agent's; the agent has no rules in this chain.",
-     "Entry {1} is {2}'s rule in {4}; the agent has none here.",
-     "第 {1} 条是 {2} 的规则；代理在此链中没有规则。"},
+     "Entry {1}: {2}'s \"{3}\" in {4}; the agent has none.",
+     "第{1}条是 {2} 在 {4} 的“{3}”,非代理的"},
     {"Entry {} is {}'s rule \"{}\" in {}, not the agent's; the agent's rules are numbered 1 to {}.",
-     "Entry {1} is {2}'s rule; the agent's are 1 to {5}.",
-     "第 {1} 条属于 {2}；代理的规则为 1 至 {5}。"},
+     "Entry {1}: {2}'s \"{3}\" in {4}; agent's: 1-{5}.", "{4} 第{1}条属 {2}“{3}”；代理为1-{5}"},
 
     // Another manager's firewall: the command to run instead. The sentences
     // with a fixed ending first, the one ending in any command last.

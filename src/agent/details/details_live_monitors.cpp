@@ -22,9 +22,8 @@ const DetailRow kRows[] = {
      "The backup directory {1} is in the agent's data directory {2}.",
      "备份目录 {1} 位于代理的数据目录 {2} 中。"},
     // The reason names the path (or the directory on its way) itself.
-    {"The backup directory {} is refused: {}.", "The backup directory is refused: {2}.",
-     "备份目录被拒绝：{2}。"},
-    {"The file {} is refused: {}.", "The file is refused: {2}.", "文件被拒绝：{2}。"},
+    {"The backup directory {} is refused: {}.", nullptr, "备份目录 {1} 被拒绝：{2}。"},
+    {"The file {} is refused: {}.", nullptr, "文件 {1} 被拒绝：{2}。"},
 
     // Parts: why a path is not trusted.
     {"{} is under /proc, /sys or /dev", nullptr, "{1} 位于 /proc、/sys 或 /dev 下"},

@@ -25,8 +25,6 @@ const DetailRow kRows[] = {
      "The FTP server did not restart ({1}); old config put back.",
      "FTP 服务器未能按新配置重启（{1}）；已恢复原配置。"},
     {"Command {} is not an FTP option.", nullptr, "命令 {1} 不是 FTP 选项。"},
-    {"The FTP anonymous root is already {}.", nullptr, "FTP 匿名根目录已是 {1}。"},
-    {"The FTP options already have their default values.", nullptr, "FTP 选项已是默认值。"},
 
     // Samba.
     {"Samba is not installed ({} or testparm is missing).", nullptr,
@@ -40,8 +38,6 @@ const DetailRow kRows[] = {
     {"Samba did not reload the change ({}); the old configuration was put back.",
      "Samba did not reload the change ({1}); old config put back.",
      "Samba 未能重新加载更改（{1}）；已恢复原配置。"},
-    {"The Samba share path is already {}.", nullptr, "Samba 共享路径已是 {1}。"},
-    {"The Samba options already have their default values.", nullptr, "Samba 选项已是默认值。"},
     // Parts: the share as Samba reads it.
     {"path \"{}\", writable", "{1} (writable)", "{1}（可写）"},
     {"path \"{}\", read-only", "{1} (read-only)", "{1}（只读）"},

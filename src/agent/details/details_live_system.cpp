@@ -36,7 +36,6 @@ const DetailRow kRows[] = {
     {"The file-handle maximum", nullptr, "最大文件句柄数"},
 
     // Host name.
-    {"The host name is already {}.", nullptr, "主机名已是 {1}。"},
     {"Could not set the host name: {}.", nullptr, "无法设置主机名：{1}。"},
 
     // Date and time.
@@ -45,11 +44,8 @@ const DetailRow kRows[] = {
     {"The clock was set; the time-synchronisation service {} is running and may correct it again.",
      "Clock set; the time sync service {1} runs and may correct it.",
      "时钟已设置；时间同步服务 {1} 可能再次校正它。"},
-    {"The date is already {}.", nullptr, "日期已是 {1}。"},
-    {"The time is already {}.", nullptr, "时间已是 {1}。"},
 
     // Passwords.
-    {"There is no user named {}.", nullptr, "没有名为 {1} 的用户。"},
     {"The password of {} is already this one.", nullptr, "{1} 的密码已是此密码。"},
     {"The password was not changed: {}.", nullptr, "密码未更改：{1}。"},
 
