@@ -44,7 +44,7 @@ const DetailRow kRows[] = {
      "无法将规则保存到 {1}：{2}；已撤销更改。"},
     {"Entry {} is {}'s rule \"{}\" in {}, not the agent's; the agent has no rules in this chain.",
      "Entry {1}: {2}'s \"{3}\" in {4}; the agent has none.",
-     "第{1}条是 {2} 在 {4} 的“{3}”,非代理的"},
+     "第{1}条是 {2} 在 {4} 的“{3}”，非代理的"},
     {"Entry {} is {}'s rule \"{}\" in {}, not the agent's; the agent's rules are numbered 1 to {}.",
      "Entry {1}: {2}'s \"{3}\" in {4}; agent's: 1-{5}.", "{4} 第{1}条属 {2}“{3}”；代理为1-{5}"},
 
