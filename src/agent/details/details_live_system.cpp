@@ -52,6 +52,7 @@ const DetailRow kRows[] = {
     // Files of any domain; the longer sentences first.
     {"Could not write {}: {}; nothing was changed.", nullptr, "无法写入 {1}：{2}；未做任何更改。"},
     {"Could not write {}: {}.", nullptr, "无法写入 {1}：{2}。"},
+    {"Could not write {}.", nullptr, "无法写入 {1}。"},
     {"Could not read {}.", nullptr, "无法读取 {1}。"},
     {"Could not create {}.", nullptr, "无法创建 {1}。"},
 
