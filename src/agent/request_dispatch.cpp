@@ -47,7 +47,7 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
         bufs.detail = std::move(res.sDetail);
         return res.iCode;
     }
-    bufs.detail = "unknown command " + std::to_string(cmd);
+    bufs.detail = "Unknown command " + std::to_string(cmd) + ".";
     BuildDetailAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange, bufs.detail,
                       backend.LangCode());
     return em_ParsePkgCmdNoOutOfRange;
