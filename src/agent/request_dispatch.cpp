@@ -13,6 +13,16 @@ bool IsSetCommand(short cmd) {
     return cmd == nvwire::kCmdSetLang || (cmd >= kFirstSetCmd && cmd <= kLastSetCmd);
 }
 
+// An answer without a state: the detail in the console's language, and the
+// full English sentence as the body when the detail sent is not that
+// sentence (the console ignores the body; nvcmd prints it).
+void BuildDetailAnswer(std::string& answer, short cmd, int code, const std::string& full,
+                       int langCode) {
+    std::string shown = LocaliseDetail(full, langCode);
+    const std::string& body = shown == full ? std::string() : full;
+    nvwire::BuildAnswer(answer, cmd, code, shown, body.data(), body.size());
+}
+
 }  // namespace
 
 int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs,
@@ -31,16 +41,15 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
         CmdResult res = backend.Apply(cmd, payload, peer);
         // Read after the change, so that the language command answers in
         // the language it chose.
-        nvwire::BuildAnswer(bufs.answer, cmd, res.iCode,
-                            LocaliseDetail(res.sDetail, backend.LangCode()), "", 0);
+        BuildDetailAnswer(bufs.answer, cmd, res.iCode, res.sDetail, backend.LangCode());
         bufs.oldValues = std::move(res.sOldValues);
         bufs.newValues = std::move(res.sNewValues);
         bufs.detail = std::move(res.sDetail);
         return res.iCode;
     }
-    bufs.detail = "unknown command " + std::to_string(cmd);
-    nvwire::BuildAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange,
-                        LocaliseDetail(bufs.detail, backend.LangCode()), "", 0);
+    bufs.detail = "Unknown command " + std::to_string(cmd) + ".";
+    BuildDetailAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange, bufs.detail,
+                      backend.LangCode());
     return em_ParsePkgCmdNoOutOfRange;
 }
 

@@ -4,12 +4,18 @@
 #ifndef NV_CMDCLIENT_CMD_CLIENT_H
 #define NV_CMDCLIENT_CMD_CLIENT_H
 
+#include <string>
+
 #include "link/global_val.h"
 
 // Sends the request (shCmdNo, szCmdBuff, iLenToSend) over the connected
 // fdConn, reads the whole answer, fills sReqRetInfo and, for a check answer,
 // objCif and objSS; closes fdConn. Returns an EM_RET code.
 int RequestCmd(cGlobalVal* pObj);
+// The full English sentence of the last set command's detail, when the
+// agent sent a shorter form (or one in Chinese) in sReqRetInfo; else empty.
+// Tools print it; the console shows sReqRetInfo.
+const std::string& FullDetailOfLastAnswer();
 // Fills mName2Idx with every command name and number. Returns em_OK.
 int SetName2Idx(cGlobalVal* pObj);
 // Fills mErrorNo2Des with a description for every EM_RET value. Returns em_OK.

@@ -190,6 +190,8 @@ const size_t kReuseScratchBody = 4u << 20;
 cConf_Inf s_scratchConf;
 cSvrState s_scratchSvr;
 size_t s_liveBodyLen = 0;  // the body the record's current state came from
+// The body of the last set command's answer: its detail's full sentence.
+std::string s_fullDetail;
 
 void FreeScratch() {
     s_scratchConf = cConf_Inf();
@@ -236,6 +238,8 @@ int Converse(cGlobalVal* p, Exchange& ex) {
         return em_ParsePkgCmdNoOutOfRange;
     }
     p->sReqRetInfo = a.detail;
+    if (!IsCheck(p))
+        s_fullDetail.assign(a.body, a.bodyLen);
     if (IsCheck(p) && (a.result == em_OK || a.result == em_ActSuccAll)) {
         rc = LoadState(p, a);
         if (rc != em_OK) {
@@ -247,6 +251,10 @@ int Converse(cGlobalVal* p, Exchange& ex) {
 }
 
 }  // namespace
+
+const std::string& FullDetailOfLastAnswer() {
+    return s_fullDetail;
+}
 
 int RequestCmd(cGlobalVal* pObj) {
     Exchange ex;
@@ -262,6 +270,7 @@ int RequestCmd(cGlobalVal* pObj) {
     }
     pObj->iLenRecved = 0;
     pObj->sReqRetInfo.clear();
+    s_fullDetail.clear();
     int rc = Converse(pObj, ex);
     if (!ex.detail.empty())
         pObj->sReqRetInfo = ex.detail;

@@ -72,7 +72,7 @@ std::vector<DetailCase> ExtraCases() {
         {59, "1 2 3 4", "The hour, minute and second cannot contain blanks."},
         {60, "admin $6$q7 z9", "A user name or password hash cannot contain blanks."},
         {12, "", "Command 12 is not supported."},
-        {3, "", "unknown command 3"},
+        {3, "", "Unknown command 3."},
         {15, "run/" + std::string(200, 'p'), nullptr},
         {13, "relative/" + std::string(300, 'f'), nullptr},
         {4, std::string(150, 'y'), nullptr},

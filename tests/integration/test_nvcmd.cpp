@@ -319,3 +319,23 @@ TEST_F(NvcmdTest, NothingToChangeIsASuccess) {
 }
 
 }  // namespace
+
+namespace {
+
+// The console gets a detail's short form in its language; nvcmd prints the
+// agent's full English sentence, whatever the console's language.
+TEST_F(NvcmdTest, RefusalsPrintTheFullEnglishSentence) {
+    const std::string full =
+        "\"sbin/sshd\" is not a command line (a program name or an absolute path, then its "
+        "arguments; UTF-8 text of at most 255 bytes).";
+    for (const char* lang : {"chgb2312", "chutf8", "en"}) {
+        ASSERT_EQ(Nvcmd({"lang", lang}).iExitCode, 0) << lang;
+        nvtest::RunResult r = Nvcmd({"send", "15", "sbin/sshd\n"});
+        EXPECT_EQ(r.iExitCode, 1) << lang;
+        EXPECT_THAT(r.sStderr, HasSubstr(full)) << lang;
+        nvtest::RunResult h = Nvcmd({"send", "57", "web 02"});
+        EXPECT_THAT(h.sStderr, HasSubstr("A host name cannot contain blanks.")) << lang;
+    }
+}
+
+}  // namespace

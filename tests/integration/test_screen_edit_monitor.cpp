@@ -238,10 +238,11 @@ TEST(ScreenEditMonitor, EmptyProcessListOpensAnEmptyBarAndIsFilled) {
     s.SendText("a/b");
     s.SendKey(Key::F9);
     ASSERT_TRUE(Eventually(s, [&] {
+        // The agent's short form of its sentence, which is longer than the
+        // information line.
         return And(InfoShows(s,
-                             "The value is not valid. \"a/b\" is not a command line (a "
-                             "program name or an absolute path, then its arguments; UTF-8 text "
-                             "of at most 255 bytes)."),
+                             "The value is not valid. \"a/b\" is not a command line: a "
+                             "program or absolute path, then arguments."),
                    PageShows(s, rows, p, 1, LAN_ENGLISH), CursorHidden(s));
     }));
     EXPECT_TRUE(SetThenCheck(c.Journal(), before, 15, "a/b\n", 2));

@@ -167,8 +167,11 @@ TEST_F(AgentProtocol, UnknownCommandNumbersAreRefused) {
         ASSERT_TRUE(a.bOk) << a.sError;
         EXPECT_EQ(a.cmd, cmd);
         EXPECT_EQ(a.result, em_ParsePkgCmdNoOutOfRange);
-        EXPECT_EQ(a.sDetail, "unknown command " + std::to_string(cmd));
+        // The state's language is Chinese (UTF-8); the journal keeps English.
+        EXPECT_EQ(a.sDetail, "未知命令 " + std::to_string(cmd) + "。");
         EXPECT_EQ(m_agent.ReadJournal().back()["cmd"], cmd);
+        EXPECT_EQ(m_agent.ReadJournal().back()["detail"],
+                  "Unknown command " + std::to_string(cmd) + ".");
     }
     ExpectCheckWorks();
 }

@@ -37,9 +37,9 @@ TEST(DetailLookup, PartsAreReinsertedInAnyOrder) {
 }
 
 TEST(DetailLookup, TheServersOwnTextIsTranslated) {
-    EXPECT_EQ(nvagent::LocaliseDetail("unknown command 99", 0), "Unknown command 99.");
-    EXPECT_EQ(nvagent::LocaliseDetail("unknown command 99", 2), "未知命令 99。");
-    std::string gb = nvagent::LocaliseDetail("unknown command 99", 1);
+    EXPECT_EQ(nvagent::LocaliseDetail("Unknown command 99.", 0), "Unknown command 99.");
+    EXPECT_EQ(nvagent::LocaliseDetail("Unknown command 99.", 2), "未知命令 99。");
+    std::string gb = nvagent::LocaliseDetail("Unknown command 99.", 1);
     std::string expect;
     ASSERT_TRUE(nvagent::Utf8ToGb2312("未知命令 99。", expect, true));
     EXPECT_EQ(gb, expect);

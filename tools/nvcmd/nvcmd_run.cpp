@@ -77,7 +77,11 @@ bool StartLink(FILE* err) {
 }
 
 // Prints the result text of a code; the connect failure names the socket.
+// The detail is the agent's full English sentence where the console got a
+// shorter form or one in Chinese.
 void PrintResult(FILE* f, int iRet) {
+    if (!FullDetailOfLastAnswer().empty())
+        pg_Obj->sReqRetInfo = FullDetailOfLastAnswer();
     const char* pcText = GetOperatingInfoStr(iRet);
     fprintf(f, "%s\n", VisibleText(pcText ? pcText : "").c_str());
     if (iRet == ERR_CONNECT_FAILED) {

@@ -39,7 +39,9 @@ int SendOne(short cmd, const std::string& payload, std::string& detail) {
         pg_Obj->iLenToSend = 6 + static_cast<int>(payload.size());
         iRet = RequestCmd(pg_Obj);
     }
-    if (iRet >= 0 && !pg_Obj->sReqRetInfo.empty()) {
+    if (iRet >= 0 && !FullDetailOfLastAnswer().empty()) {
+        detail = VisibleText(FullDetailOfLastAnswer().c_str());
+    } else if (iRet >= 0 && !pg_Obj->sReqRetInfo.empty()) {
         detail = VisibleText(pg_Obj->sReqRetInfo.c_str());
     } else {
         const char* pcText = GetOperatingInfoStr(iRet);

@@ -6,7 +6,7 @@ namespace nvagent {
 namespace {
 
 const DetailRow kRows[] = {
-    {"unknown command {}", "Unknown command {1}.", "未知命令 {1}。"},
+    {"Unknown command {}.", nullptr, "未知命令 {1}。"},
     {"packet length {} outside {}..{}", "Packet length {1} is outside {2}..{3}.",
      "数据包长度 {1} 超出 {2}..{3}。"},
 };
