@@ -199,6 +199,32 @@ TEST_F(LiveSessionGuard, InterfaceChangesOnTheSessionsInterfaceRefused) {
     EXPECT_EQ(Notes(52).size(), 2u);
 }
 
+TEST_F(LiveSessionGuard, ConsoleInATerminalMultiplexerStartedFromTheSessionIsGuarded) {
+    if (access("/usr/bin/tmux", X_OK) != 0)
+        GTEST_SKIP() << "tmux is not installed";
+    // A detached tmux server (a child of the sandbox's init, not of sshd)
+    // runs nvcmd in its window.
+    std::string sock = files.File("tmux.sock");
+    std::string result = files.File("tmux.out");
+    std::string window = "NVUI_SOCKET=" + agent.SocketPath() +
+                         " NVUI_LOG=" + files.File("nvcmd.log") + " " + kNvcmd + " send 32 2 > " +
+                         result + ".tmp 2>&1; echo exit \\$? >> " + result + ".tmp; mv " + result +
+                         ".tmp " + result;
+    std::string out;
+    int code = -1;
+    ASSERT_TRUE(session.Run(
+        "TERM=xterm tmux -S " + sock + " new-session -d -x 80 -y 24 \"" + window + "; sleep 30\"",
+        out, code));
+    ASSERT_EQ(code, 0) << out;
+    for (int i = 0; i < 100 && access(result.c_str(), F_OK) != 0; ++i)
+        usleep(100 * 1000);
+    std::string text = nvtest::ReadFile(result);
+    Tool({"tmux", "-S", sock, "kill-server"});
+    EXPECT_NE(text.find(kRefusal), std::string::npos) << text;
+    EXPECT_NE(text.find("exit 1"), std::string::npos) << text;
+    EXPECT_NE(Rules().find("-P INPUT ACCEPT"), std::string::npos);
+}
+
 TEST_F(LiveSessionGuard, LocalTerminalIsNotGuarded) {
     EXPECT_EQ(Local(32, "2"), em_ActSuccAll) << detail;
     EXPECT_NE(Rules().find("-P INPUT DROP"), std::string::npos);
