@@ -493,6 +493,22 @@ TEST(SessionGuardRefusal, RefusedThenCarriedOutOnTheSameRepeatWithinAMinute) {
     EXPECT_EQ("", note);
 }
 
+TEST(SessionGuardRefusal, MemoryStaysBoundedOldestForgottenFirst) {
+    Clock c;
+    SessionGuard g([&c] { return c.now; });
+    GuardSession s = Session();
+    CmdResult r;
+    std::string note;
+    for (int i = 0; i < 200; ++i) {
+        c.now += 0.01;
+        ASSERT_TRUE(g.Decide(33, std::to_string(i), s, "x", r, note));
+    }
+    // The newest are remembered, the oldest not.
+    EXPECT_FALSE(g.Decide(33, "199", s, "x", r, note));
+    EXPECT_FALSE(g.Decide(33, "150", s, "x", r, note));
+    EXPECT_TRUE(g.Decide(33, "0", s, "x", r, note));
+}
+
 TEST(SessionGuardRefusal, DetailFitsTheInformationLineInEveryLanguage) {
     std::string longest6 = "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff";
     for (const std::string& a : {std::string("255.255.255.255"), longest6}) {
