@@ -8,8 +8,9 @@ packages=(
   libncurses-dev libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libvterm-dev python3-jsonschema ansible-core locales clang libclang-rt-dev clang-format dialog
   libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd nftables ufw
-  ifupdown isc-dhcp-client vsftpd samba network-manager netplan.io
+  ifupdown isc-dhcp-client vsftpd samba network-manager netplan.io openssh-client
   libsystemd-dev
+  tmux
   debhelper dpkg-dev lintian man-db systemd dbus-daemon jq logrotate git ccache
 )
 
@@ -58,4 +59,11 @@ if ! have_locale zh_cn.gb2312; then
 fi
 if [ $need_gen -eq 1 ]; then
   $SUDO locale-gen >/dev/null
+fi
+
+# The sandbox's SSH server (nv-sandbox.sh --sshd): the distribution's
+# package downloaded and unpacked into a cache, never installed here.
+if [ -n "${NV_SANDBOX_CACHE:-}" ] || [ -w /var/cache ]; then
+  bash "$(dirname "$(readlink -f "$0")")/../tests/support/nv-sshd-fetch.sh" >/dev/null || \
+    echo "deps: the sandbox's sshd could not be fetched (sandbox SSH tests will skip)" >&2
 fi

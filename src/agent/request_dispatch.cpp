@@ -31,6 +31,7 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
     bufs.oldValues.clear();
     bufs.newValues.clear();
     bufs.detail.clear();
+    bufs.note.clear();
     if (cmd == nvwire::kCmdCheck) {
         bufs.body.clear();
         backend.CheckBody(bufs.body);
@@ -45,6 +46,7 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
         bufs.oldValues = std::move(res.sOldValues);
         bufs.newValues = std::move(res.sNewValues);
         bufs.detail = std::move(res.sDetail);
+        bufs.note = std::move(res.sNote);
         return res.iCode;
     }
     bufs.detail = "Unknown command " + std::to_string(cmd) + ".";

@@ -25,6 +25,8 @@ struct AnswerBuffers {
     // The answer's detail as the full English sentence, for the journal
     // (the answer carries its short form in the console's language).
     std::string detail;
+    // The last set command's note for the journal (empty: none).
+    std::string note;
 };
 
 // Builds the whole answer packet for cmd and payload into bufs.answer and

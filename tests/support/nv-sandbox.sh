@@ -8,7 +8,8 @@
 # NV_SANDBOX=1; when it ends every process, mount and namespace of the
 # sandbox goes with it and the private copies are removed.
 #
-# Usage: nv-sandbox.sh [--dhcp] [--networkd] [--nm] -- COMMAND [ARG]...
+# Usage: nv-sandbox.sh [--dhcp] [--networkd] [--nm] [--sshd [--delay]]
+#                      [--bin-dir DIR] -- COMMAND [ARG]...
 #   --dhcp      run dnsmasq in the peer namespace, serving 10.77.0.100-150 on
 #               nvpeer0 (10.77.0.1/24); its pid in /run/nv-sandbox/dnsmasq.pid
 #   --networkd  run a private system bus (dbus-daemon, socket in the
@@ -23,6 +24,28 @@
 #               automatic connections); /var/lib/NetworkManager is private.
 #               /sys is read-only as with --networkd. Its pid is in
 #               /run/nv-sandbox/nm.pid, and NV_SANDBOX_NM=1.
+#   --sshd      a real sshd in the sandbox, from the distribution's package
+#               unpacked by nv-sshd-fetch.sh into a cache (NV_SANDBOX_CACHE,
+#               default /var/cache/nv-sandbox; fetched once, never
+#               installed): private configuration, fresh host key, root's
+#               key only, listening on port 22. nv0 gets 10.77.0.2/24 and a
+#               default route via the peer (10.77.0.1), which routes to a
+#               third network namespace "remote" holding the client,
+#               198.51.100.7/24 (rm0, its gateway 198.51.100.1 on the peer's
+#               rmpeer0). NV_SANDBOX_SSH names a command that runs ssh from
+#               the remote namespace to root@10.77.0.2 with the sandbox's
+#               key (its arguments are ssh's, then the remote command);
+#               sshd's pid is in /run/nv-sandbox/sshd.pid, its log in
+#               /run/nv-sandbox/sshd.log. Root's home is /run/nv-sandbox/root.
+#   --delay     with --sshd: 100 ms delay and 1 % loss each way between the
+#               remote namespace and the sandbox (NV_SANDBOX_DELAY_MS and
+#               NV_SANDBOX_LOSS_PERCENT change them): the peer routes that
+#               traffic through the TUN device nvdelay0 of nv-delayer (a
+#               test program of the build, found in --bin-dir or
+#               NV_BIN_DIR), which counts the packets it saw and dropped in
+#               /run/nv-sandbox/delayer.stats. Both variables are set
+#               for the command.
+#   --bin-dir   the build's directory of programs (for nv-delayer).
 # Needs root. Exit status: the command's; 77 when namespaces are not
 # available (the test harness reports a skip).
 set -euo pipefail
@@ -89,12 +112,103 @@ start_networkd() {
 # would end them anyway).
 stop_daemons() {
   local f pid
-  for f in /run/nv-sandbox/nm.pid /run/nv-sandbox/networkd.pid /run/nv-sandbox/dbus.pid; do
+  for f in /run/nv-sandbox/sshd.pid.daemon /run/nv-sandbox/delayer.pid /run/nv-sandbox/nm.pid /run/nv-sandbox/networkd.pid /run/nv-sandbox/dbus.pid; do
     [ -f "$f" ] || continue
     pid="$(cat "$f")"
     kill "$pid" 2>/dev/null || true
     wait "$pid" 2>/dev/null || true
   done
+}
+
+# The remote client's namespace behind the peer, which routes between it and
+# the sandbox; the sandbox's default route goes via the peer.
+start_remote() {
+  ip addr add 10.77.0.2/24 dev nv0
+  ip route add default via 10.77.0.1
+  touch /run/netns/remote
+  unshare --net=/run/netns/remote true
+  ip -n peer link add rmpeer0 type veth peer name rm0
+  ip -n peer link set rm0 netns remote
+  ip -n peer addr add 198.51.100.1/24 dev rmpeer0
+  ip -n peer link set rmpeer0 up
+  ip netns exec peer sysctl -qw net.ipv4.ip_forward=1
+  ip -n remote link set lo up
+  ip -n remote addr add 198.51.100.7/24 dev rm0
+  ip -n remote link set rm0 up
+  ip -n remote route add default via 198.51.100.1
+}
+
+# The delayer in the peer: what comes in from the remote side, and what the
+# sandbox sends to it, goes through nvdelay0 and comes back out of it late.
+start_delayer() {
+  local delayer="$1"
+  ip netns exec peer "$delayer" nvdelay0 "${NV_SANDBOX_DELAY_MS:-100}" \
+    "${NV_SANDBOX_LOSS_PERCENT:-1}" /run/nv-sandbox/delayer.stats 2>/run/nv-sandbox/delayer.log &
+  echo $! > /run/nv-sandbox/delayer.pid
+  local i
+  for i in $(seq 100); do
+    ip -n peer link show nvdelay0 >/dev/null 2>&1 && break
+    sleep 0.1
+  done
+  ip -n peer link set nvdelay0 up
+  # Packets written back into the TUN device arrive "from" it: no reverse
+  # path check in the peer's own namespace.
+  ip netns exec peer sysctl -qw net.ipv4.conf.all.rp_filter=0 net.ipv4.conf.default.rp_filter=0 \
+    net.ipv4.conf.nvdelay0.rp_filter=0
+  ip -n peer route add default dev nvdelay0 table 100
+  ip -n peer rule add iif rmpeer0 lookup 100 pref 100
+  ip -n peer rule add iif nvpeer0 to 198.51.100.0/24 lookup 100 pref 101
+}
+
+# sshd inside the sandbox: its privilege separation user and /run/sshd in
+# the private /etc and /run, a private configuration, a fresh host key, and
+# a client key of the sandbox authorised for root.
+start_sshd() {
+  local root="$1" dir=/run/nv-sandbox/sshd
+  mkdir -p "$dir" /run/sshd /run/nv-sandbox/root /run/nv-sandbox/bin
+  chmod 700 /run/nv-sandbox/root
+  chmod 755 /run/sshd
+  ssh-keygen -q -t ed25519 -N '' -f "$dir/ssh_host_ed25519_key"
+  ssh-keygen -q -t ed25519 -N '' -f "$dir/client_key"
+  cp "$dir/client_key.pub" "$dir/authorized_keys"
+  echo "10.77.0.2 $(cat "$dir/ssh_host_ed25519_key.pub")" > "$dir/known_hosts"
+  cat > "$dir/sshd_config" <<CONF
+Port 22
+ListenAddress 0.0.0.0
+HostKey $dir/ssh_host_ed25519_key
+PidFile /run/nv-sandbox/sshd.pid
+AuthorizedKeysFile $dir/authorized_keys
+PermitRootLogin prohibit-password
+PubkeyAuthentication yes
+PasswordAuthentication no
+KbdInteractiveAuthentication no
+UsePAM no
+StrictModes no
+PrintMotd no
+PrintLastLog no
+UseDNS no
+AcceptEnv LANG LC_* TERM
+Subsystem sftp $root/usr/lib/openssh/sftp-server
+CONF
+  "$root/usr/sbin/sshd" -D -e -f "$dir/sshd_config" 2>/run/nv-sandbox/sshd.log &
+  echo $! > /run/nv-sandbox/sshd.pid.daemon
+  cat > /run/nv-sandbox/bin/nv-sandbox-ssh <<SSH
+#!/bin/sh
+# ssh from the remote namespace (198.51.100.7) to the sandbox's sshd.
+exec ip netns exec remote ssh -F none -i $dir/client_key -o IdentitiesOnly=yes \
+  -o UserKnownHostsFile=$dir/known_hosts -o StrictHostKeyChecking=yes -o BatchMode=yes \
+  -o ConnectTimeout=10 -o LogLevel=ERROR -l root "\$@"
+SSH
+  chmod 755 /run/nv-sandbox/bin/nv-sandbox-ssh
+  export NV_SANDBOX_SSH=/run/nv-sandbox/bin/nv-sandbox-ssh
+  local i
+  for i in $(seq 100); do
+    ss -Hltn 'sport = :22' | grep -q . && return 0
+    sleep 0.1
+  done
+  echo "nv-sandbox: sshd did not start:" >&2
+  cat /run/nv-sandbox/sshd.log >&2
+  return 1
 }
 
 if [ "${1:-}" = "--inside" ]; then
@@ -144,6 +258,17 @@ if [ "${1:-}" = "--inside" ]; then
     start_bus "$work"
     start_nm
   fi
+  if [ -n "${NV_SB_SSHD_ROOT:-}" ]; then
+    mkdir -p /run/nv-sandbox
+    start_remote
+    if [ -n "${NV_SB_DELAYER:-}" ]; then
+      start_delayer "$NV_SB_DELAYER"
+      export NV_SANDBOX_DELAY_MS="${NV_SANDBOX_DELAY_MS:-100}"
+      export NV_SANDBOX_LOSS_PERCENT="${NV_SANDBOX_LOSS_PERCENT:-1}"
+    fi
+    start_sshd "$NV_SB_SSHD_ROOT"
+  fi
+  unset NV_SB_SSHD_ROOT NV_SB_DELAYER
   export NV_SANDBOX=1
   set +e
   "$@"
@@ -156,16 +281,29 @@ fi
 dhcp=0
 networkd=0
 nm=0
+sshd=0
+delay=0
+bindir="${NV_BIN_DIR:-}"
 while [ $# -gt 0 ]; do
   case "$1" in
     --dhcp) dhcp=1; shift ;;
     --networkd) networkd=1; shift ;;
     --nm) nm=1; shift ;;
+    --sshd) sshd=1; shift ;;
+    --delay) delay=1; shift ;;
+    --bin-dir) bindir="$2"; shift 2 ;;
     --) shift; break ;;
     *) break ;;
   esac
 done
-[ $# -gt 0 ] || { echo "usage: nv-sandbox.sh [--dhcp] [--networkd] [--nm] -- COMMAND [ARG]..." >&2; exit 2; }
+[ $# -gt 0 ] || {
+  echo "usage: nv-sandbox.sh [--dhcp] [--networkd] [--nm] [--sshd [--delay]] [--bin-dir DIR] -- COMMAND [ARG]..." >&2
+  exit 2
+}
+if [ "$delay" = 1 ] && [ "$sshd" = 0 ]; then
+  echo "nv-sandbox: --delay needs --sshd" >&2
+  exit 2
+fi
 if [ "$networkd" = 1 ] && [ "$nm" = 1 ]; then
   echo "nv-sandbox: --networkd and --nm exclude each other" >&2
   exit 2
@@ -200,6 +338,30 @@ if [ "$networkd" = 1 ]; then
       exit 77
     fi
   done
+fi
+export NV_SB_SSHD_ROOT="" NV_SB_DELAYER=""
+if [ "$sshd" = 1 ]; then
+  if ! NV_SB_SSHD_ROOT="$(bash "$(dirname "$(readlink -f "$0")")/nv-sshd-fetch.sh")"; then
+    echo "nv-sandbox: no sshd to run" >&2
+    exit 77
+  fi
+  command -v ssh >/dev/null && command -v ssh-keygen >/dev/null || {
+    echo "nv-sandbox: the ssh client is missing" >&2
+    exit 77
+  }
+  # The server's privilege separation user, and root's login allowed by key
+  # with a home of the sandbox: in the private /etc only.
+  if ! grep -q '^sshd:' "$work/etc/passwd"; then
+    uid=900
+    while cut -d: -f3 "$work/etc/passwd" | grep -qx "$uid"; do uid=$((uid + 1)); done
+    echo "sshd:x:$uid:65534::/run/sshd:/usr/sbin/nologin" >> "$work/etc/passwd"
+  fi
+  sed -i 's#^root:\([^:]*\):0:0:\([^:]*\):[^:]*:#root:\1:0:0:\2:/run/nv-sandbox/root:#' "$work/etc/passwd"
+  sed -i 's#^root:![^:]*:#root:*:#' "$work/etc/shadow"
+  if [ "$delay" = 1 ]; then
+    NV_SB_DELAYER="$bindir/nv-delayer"
+    [ -x "$NV_SB_DELAYER" ] || { echo "nv-sandbox: $NV_SB_DELAYER is missing (--bin-dir)" >&2; exit 77; }
+  fi
 fi
 if [ "$networkd" = 1 ] || [ "$nm" = 1 ]; then
   # A system bus for the network daemons and their tools only: their

@@ -14,6 +14,7 @@
 #include "agent/commands/command_parser.h"
 #include "agent/commands/own_settings.h"
 #include "agent/display_lines.h"
+#include "agent/live/guard/session_guard.h"
 #include "agent/live/live_changes.h"
 #include "agent/live/live_files.h"
 #include "agent/live/live_monitors.h"
@@ -67,12 +68,18 @@ public:
     }
 
     using Backend::Apply;
-    CmdResult Apply(short cmd, const std::string& payload, const Peer&) override {
+    CmdResult Apply(short cmd, const std::string& payload, const Peer& peer) override {
         Request req;
         CmdResult r;
         if (!ParseCommand(cmd, payload, req, r))
             return r;
         std::lock_guard<std::mutex> change(m_changeMu);
+        // A change that would cut the console's SSH session waits for its
+        // confirming repeat; nothing is applied before.
+        GuardSession session = IsGuardedCommand(cmd) ? SessionOf(peer) : GuardSession();
+        std::string guardNote;
+        if (m_guard.Refuses(cmd, payload, req, session, r, guardNote))
+            return r;
         if (IsOwnSetting(req))
             return ApplyOwn(cmd, req);
         bool recorded = !ChangedFields(cmd).empty();
@@ -82,6 +89,7 @@ public:
             ReadChangedPart(cmd, c0, s0);
         time_t clockSetTo = -1;
         r = std::visit(Change{*this, cmd, clockSetTo}, req);
+        r.sNote = guardNote;
         if (recorded && r.iCode == em_ActSuccAll) {
             cConf_Inf c1 = DefaultConf();
             cSvrState s1;
@@ -194,6 +202,7 @@ private:
     std::mutex m_mu;
     cConf_Inf m_settings;
     LiveMonitors m_monitors;
+    SessionGuard m_guard;
 };
 
 }  // namespace

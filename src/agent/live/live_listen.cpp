@@ -4,9 +4,6 @@
 
 #include <arpa/inet.h>
 #include <dirent.h>
-#include <linux/inet_diag.h>
-#include <linux/netlink.h>
-#include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -15,11 +12,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <unordered_map>
 
 #include "agent/live/live_files.h"
+#include "agent/live/sock_diag.h"
 
 namespace nvagent {
 
@@ -31,58 +28,16 @@ struct Listener {
     unsigned inode;
 };
 
-// One dump request for family; appends what the kernel answers.
+// The listening sockets of family, appended to out.
 bool DumpFamily(int family, std::vector<Listener>& out) {
-    int fd = socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
-    if (fd < 0)
-        return false;
-    struct {
-        nlmsghdr nlh;
-        inet_diag_req_v2 req;
-    } msg{};
-    msg.nlh.nlmsg_len = sizeof msg;
-    msg.nlh.nlmsg_type = SOCK_DIAG_BY_FAMILY;
-    msg.nlh.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    msg.req.sdiag_family = static_cast<__u8>(family);
-    msg.req.sdiag_protocol = IPPROTO_TCP;
-    msg.req.idiag_states = 1u << TCP_LISTEN;
-    sockaddr_nl nl{};
-    nl.nl_family = AF_NETLINK;
-    if (sendto(fd, &msg, sizeof msg, 0, reinterpret_cast<sockaddr*>(&nl), sizeof nl) < 0) {
-        close(fd);
-        return false;
-    }
-    std::vector<char> buf(1 << 16);
-    bool done = false;
-    bool ok = true;
-    while (!done) {
-        ssize_t n = recv(fd, buf.data(), buf.size(), 0);
-        if (n <= 0) {
-            ok = false;
-            break;
-        }
-        size_t left = static_cast<size_t>(n);
-        for (nlmsghdr* h = reinterpret_cast<nlmsghdr*>(buf.data()); NLMSG_OK(h, left);
-             h = NLMSG_NEXT(h, left)) {
-            if (h->nlmsg_type == NLMSG_DONE) {
-                done = true;
-                break;
-            }
-            if (h->nlmsg_type == NLMSG_ERROR) {
-                done = true;
-                ok = false;
-                break;
-            }
-            const inet_diag_msg* d = static_cast<const inet_diag_msg*>(NLMSG_DATA(h));
+    return DumpTcpSockets(
+        family, 1u << TCP_LISTEN, [&out](const nlmsghdr&, const inet_diag_msg& d) {
             char ip[INET6_ADDRSTRLEN] = {};
-            inet_ntop(d->idiag_family, d->id.idiag_src, ip, sizeof ip);
-            int port = ntohs(d->id.idiag_sport);
-            std::string a = d->idiag_family == AF_INET6 ? "[" + std::string(ip) + "]" : ip;
-            out.push_back({a + ":" + std::to_string(port), port, d->idiag_inode});
-        }
-    }
-    close(fd);
-    return ok;
+            inet_ntop(d.idiag_family, d.id.idiag_src, ip, sizeof ip);
+            int port = ntohs(d.id.idiag_sport);
+            std::string a = d.idiag_family == AF_INET6 ? "[" + std::string(ip) + "]" : ip;
+            out.push_back({a + ":" + std::to_string(port), port, d.idiag_inode});
+        });
 }
 
 struct Owner {
@@ -104,29 +59,16 @@ std::unordered_map<unsigned, Owner> Owners(const std::vector<Listener>& ls) {
             break;
         if (e->d_name[0] < '1' || e->d_name[0] > '9')
             continue;
-        std::string fdDir = std::string("/proc/") + e->d_name + "/fd";
-        DIR* fds = opendir(fdDir.c_str());
-        if (fds == nullptr)
-            continue;
         std::string name;
-        while (dirent* f = readdir(fds)) {
-            if (f->d_name[0] == '.')
-                continue;
-            char link[64];
-            ssize_t n = readlinkat(dirfd(fds), f->d_name, link, sizeof link - 1);
-            if (n <= 9 || strncmp(link, "socket:[", 8) != 0)
-                continue;
-            link[n] = '\0';
-            unsigned inode = static_cast<unsigned>(strtoul(link + 8, nullptr, 10));
-            auto it = owners.find(inode);
+        ForEachSocketInode(std::string("/proc/") + e->d_name + "/fd", [&](uint64_t inode) {
+            auto it = owners.find(static_cast<unsigned>(inode));
             if (it == owners.end() || it->second.pid != 0)
-                continue;
+                return;
             if (name.empty())
                 name = ReadFirstLine(std::string("/proc/") + e->d_name + "/comm");
             it->second = Owner{atoi(e->d_name), name};
             ++found;
-        }
-        closedir(fds);
+        });
     }
     closedir(proc);
     return owners;

@@ -99,14 +99,6 @@ CmdResult Commit(const Change& ch, const std::string& dataDir, int policyChain =
     return Done();
 }
 
-bool SameRule(const std::string& a, const std::string& b) {
-    FwRule x, y;
-    if (!AsOwnRule(a, x) || !AsOwnRule(b, y))
-        return a == b;
-    return x.proto == y.proto && x.src == y.src && x.dst == y.dst && x.sport == y.sport &&
-           x.dport == y.dport && x.action == y.action;
-}
-
 // The answer with what else filters the hook's traffic said in its detail:
 // an accept another base chain may drop, legacy tables beside nf_tables.
 CmdResult Noted(CmdResult r, const ChainView& v, int hook, bool accepting) {
@@ -259,7 +251,7 @@ CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string&
     ch.fam[0].undo = "-I " + Own(chain) + " " + at + " " + spec + "\n";
     if (v.has6) {
         for (size_t j = 0; j < v.v6.specs.size(); ++j) {
-            if (!SameRule(v.v6.specs[j], spec))
+            if (!SameOwnRule(v.v6.specs[j], spec))
                 continue;
             std::string at6 = std::to_string(v.v6.keeps.size() + j + 1);
             ch.fam[1].apply = "-D " + Own(chain) + " " + at6 + "\n";
