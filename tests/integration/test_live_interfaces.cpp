@@ -16,6 +16,7 @@
 #include "child_process.h"
 #include "link/result_codes.h"
 #include "live_sandbox.h"
+#include "net_traffic.h"
 #include "temp_dir.h"
 
 using nvtest::Tool;
@@ -143,6 +144,62 @@ TEST_F(LiveInterfaces, DownAndUpPersistInTheAutoLine) {
               std::string::npos);
     EXPECT_EQ(Send(52, "nv9"), em_ActPostValueNotValid);
     EXPECT_EQ(Send(52, "-"), em_ActPostValueNotValid);
+}
+
+TEST_F(LiveInterfaces, UpAfterDownBringsBackAStanzaWrittenByHand) {
+    // The administrator's stanza: a CIDR address, a gateway, a second
+    // address and a route of its own, brought up by ifupdown at boot.
+    ASSERT_TRUE(nvtest::WriteFile(
+        "/etc/network/interfaces",
+        mainFile + "\nauto nv0\niface nv0 inet static\n    address 10.77.0.9/24\n"
+                   "    gateway 10.77.0.1\n    up ip addr add 10.77.0.19/24 dev nv0\n"
+                   "    up ip route add 192.0.2.0/24 via 10.77.0.1 dev nv0\n"));
+    Tool({"ip", "-4", "addr", "flush", "dev", "nv0"});
+    int code = -1;
+    Tool({"ifup", "nv0"}, &code);
+    ASSERT_EQ(code, 0);
+    nvtest::EchoServer echo("peer", 7007);
+    ASSERT_TRUE(echo.Listening());
+    ASSERT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7007));
+    std::string file = Interfaces();
+    ASSERT_EQ(Send(52, "nv0"), em_ActSuccAll) << detail;
+    EXPECT_FALSE(nvtest::TcpEchoes("", "10.77.0.1", 7007, 500));
+    EXPECT_EQ(Send(53, "nv0"), em_ActSuccAll) << detail;
+    EXPECT_EQ(Interfaces(), file);
+    std::string a = Addr("nv0");
+    EXPECT_NE(a.find("inet 10.77.0.9/24"), std::string::npos) << a;
+    EXPECT_NE(a.find("inet 10.77.0.19/24"), std::string::npos) << a;
+    std::string routes = Tool({"ip", "-4", "route", "show", "dev", "nv0"});
+    EXPECT_NE(routes.find("default via 10.77.0.1"), std::string::npos) << routes;
+    EXPECT_NE(routes.find("192.0.2.0/24 via 10.77.0.1"), std::string::npos) << routes;
+    // Traffic to the peer, and from the peer to the stanza's address.
+    EXPECT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7007));
+    nvtest::EchoServer own("", 7008);
+    EXPECT_TRUE(nvtest::TcpEchoes("peer", "10.77.0.9", 7008));
+}
+
+TEST_F(LiveInterfaces, UpAfterDownBringsBackAnAdoptedInterfaceAsItWas) {
+    // No stanza yet: ifupdown adopts nv0, whose addressing was made by hand.
+    ASSERT_EQ(Interfaces().find("nv0"), std::string::npos);
+    Tool({"ip", "addr", "add", "10.77.0.9/24", "dev", "nv0"});
+    Tool({"ip", "addr", "add", "10.77.0.19/24", "dev", "nv0"});
+    Tool({"ip", "route", "add", "default", "via", "10.77.0.1", "dev", "nv0"});
+    Tool({"ip", "route", "add", "192.0.2.0/24", "via", "10.77.0.1", "dev", "nv0"});
+    nvtest::EchoServer echo("peer", 7007);
+    ASSERT_TRUE(echo.Listening());
+    ASSERT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7007));
+    ASSERT_EQ(Send(52, "nv0"), em_ActSuccAll) << detail;
+    EXPECT_NE(Interfaces().find("iface nv0 inet static\n    address 10.77.0.9\n"),
+              std::string::npos)
+        << Interfaces();
+    EXPECT_EQ(Send(53, "nv0"), em_ActSuccAll) << detail;
+    std::string a = Addr("nv0");
+    EXPECT_NE(a.find("inet 10.77.0.9/24"), std::string::npos) << a;
+    EXPECT_NE(a.find("inet 10.77.0.19/24"), std::string::npos) << a;
+    std::string routes = Tool({"ip", "-4", "route", "show", "dev", "nv0"});
+    EXPECT_NE(routes.find("default via 10.77.0.1"), std::string::npos) << routes;
+    EXPECT_NE(routes.find("192.0.2.0/24 via 10.77.0.1"), std::string::npos) << routes;
+    EXPECT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7007));
 }
 
 TEST_F(LiveInterfaces, AGeneratedResolvConfIsLeftAlone) {
