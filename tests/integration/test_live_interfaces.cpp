@@ -8,10 +8,12 @@
 // change nothing. Addresses with leading zeros and names a tool would read
 // as options are refused.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "child_process.h"
 #include "link/result_codes.h"
@@ -263,6 +265,64 @@ TEST_F(LiveInterfaces, AFailedChangeOnADhcpInterfaceKeepsItsClient) {
               std::string::npos)
         << Tool({"ip", "route"});
     EXPECT_NE(DhcpClients(), "") << Tool({"pgrep", "-a", "dhclient"});
+}
+
+// How many leases the sandbox's DHCP server has granted or renewed.
+int Acks() {
+    std::string log = nvtest::ReadFile("/run/dnsmasq.log");
+    int n = 0;
+    for (size_t at = log.find("DHCPACK("); at != std::string::npos;
+         at = log.find("DHCPACK(", at + 1))
+        ++n;
+    return n;
+}
+
+TEST_F(LiveInterfaces, ARollbackPutsBackEveryAddressRouteAndTheDhcpClient) {
+    ASSERT_EQ(Send(54, "nv0"), em_ActSuccAll) << detail;
+    std::string lease = Addr("nv0");
+    ASSERT_NE(lease.find("dynamic"), std::string::npos) << lease;
+    // More than the lease: a second IPv4 address, IPv6 addresses, a route
+    // of each family.
+    Tool({"ip", "addr", "add", "10.77.0.29/24", "dev", "nv0"});
+    Tool({"ip", "-6", "addr", "add", "2001:db8:77::9/64", "dev", "nv0", "nodad"});
+    Tool({"ip", "-6", "addr", "add", "2001:db8:78::9/64", "dev", "nv0", "nodad"});
+    Tool({"ip", "route", "add", "192.0.2.0/24", "via", "10.77.0.1", "dev", "nv0"});
+    Tool({"ip", "-6", "route", "add", "2001:db8:99::/64", "via", "2001:db8:77::1", "dev", "nv0"});
+    std::string v4 = Addr("nv0");
+    ASSERT_NE(v4.find("10.77.0.29/24"), std::string::npos) << v4;
+    FailNextIfup();
+    int acks = Acks();
+    // Both ifups fail (the hook stays): the client must come back by hand.
+    EXPECT_EQ(Send(55, "nv0 10.77.0.13 255.255.255.0 10.77.0.1 - -"), em_ActFail);
+    unlink("/etc/network/if-pre-up.d/zz-nvfail");
+    EXPECT_NE(detail.find("the old settings were put back"), std::string::npos) << detail;
+    std::string now = Addr("nv0");
+    EXPECT_NE(now.find("dynamic"), std::string::npos) << now;
+    EXPECT_NE(now.find("10.77.0.29/24"), std::string::npos) << now;
+    EXPECT_EQ(now.find("10.77.0.13/"), std::string::npos) << now;
+    std::string v6 = Tool({"ip", "-6", "-o", "addr", "show", "dev", "nv0"});
+    EXPECT_NE(v6.find("2001:db8:77::9/64"), std::string::npos) << v6;
+    EXPECT_NE(v6.find("2001:db8:78::9/64"), std::string::npos) << v6;
+    EXPECT_NE(Tool({"ip", "route", "show", "dev", "nv0"}).find("192.0.2.0/24 via 10.77.0.1"),
+              std::string::npos);
+    EXPECT_NE(Tool({"ip", "-6", "route", "show", "dev", "nv0"}).find("2001:db8:99::/64 via"),
+              std::string::npos)
+        << Tool({"ip", "-6", "route"});
+    EXPECT_NE(Tool({"ip", "route", "show", "default"}).find("default via 10.77.0.1 dev nv0"),
+              std::string::npos);
+    // A client runs with its pid file and renews: the server granted the
+    // lease again after the old client ended, and the interface keeps an
+    // address of the pool.
+    ASSERT_NE(DhcpClients(), "") << Tool({"pgrep", "-a", "dhclient"});
+    std::string pid = nvtest::ReadFile("/run/dhclient.nv0.pid");
+    EXPECT_FALSE(pid.empty());
+    EXPECT_EQ(kill(atoi(pid.c_str()), 0), 0);
+    for (int i = 0; i < 150 && Acks() <= acks; ++i)
+        usleep(100000);
+    EXPECT_GT(Acks(), acks) << nvtest::ReadFile("/run/dnsmasq.log");
+    now = Addr("nv0");
+    EXPECT_NE(now.find("inet 10.77.0.1"), std::string::npos) << now;
+    EXPECT_NE(now.find("dynamic"), std::string::npos) << now;
 }
 
 TEST_F(LiveInterfaces, TheStanzaOfACloudInitFileIsEditedWhereItIs) {
