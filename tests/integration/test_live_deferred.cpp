@@ -1,13 +1,16 @@
 // The deferred interface changes of the session guard inside the namespace
-// sandbox, for the network manager the sandbox runs (ifupdown or no owner
-// by default, systemd-networkd with --networkd, NetworkManager with --nm):
-// the change is live at once with nothing written under /etc, its undo
-// puts the interface back as it was (addresses, routes, DHCP client, the
-// runtime layer removed), its commit writes the manager's configuration,
-// and its recovery JSON is undone by a fresh process.
+// sandbox, for the network manager the sandbox runs (ifupdown, or none, by
+// default; systemd-networkd with --networkd, or netplan rendered by it where
+// the program's name says so; NetworkManager with --nm): the change is live
+// at once with nothing written under /etc, its undo puts the interface back
+// as it was (addresses, routes, DHCP client, the runtime layer removed), its
+// commit writes the manager's configuration, and its recovery JSON is undone
+// by a fresh process.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -23,11 +26,15 @@ using nvtest::Tool;
 
 namespace {
 
-enum class Flavor { kIfupdown, kNetworkd, kNm };
+enum class Flavor { kIfupdown, kNetworkd, kNetplan, kNm };
 
+// The sandbox's network manager; netplan (rendered by networkd) where the
+// test program's name says so.
 Flavor SandboxFlavor() {
     if (access("/run/nv-sandbox/networkd.pid", F_OK) == 0)
-        return Flavor::kNetworkd;
+        return std::string(program_invocation_short_name).find("netplan") != std::string::npos
+                   ? Flavor::kNetplan
+                   : Flavor::kNetworkd;
     const char* nm = getenv("NV_SANDBOX_NM");
     return nm != nullptr && std::string(nm) == "1" ? Flavor::kNm : Flavor::kIfupdown;
 }
@@ -91,6 +98,12 @@ protected:
                       "/etc/systemd/network/00-norvane-nv0.network"});
                 Tool({"networkctl", "reload"});
                 break;
+            case Flavor::kNetplan:
+                Tool({"rm", "-rf", "/etc/netplan", "/run/netplan",
+                      "/etc/systemd/network/00-norvane-nv0.network"});
+                Tool({"netplan", "generate"});
+                Tool({"networkctl", "reload"});
+                break;
             case Flavor::kNm:
                 Tool({"nmcli", "connection", "delete", "nvtest"});
                 break;
@@ -120,6 +133,17 @@ protected:
                                               "24\nGateway=10.77.0.1\n"));
                 Tool({"networkctl", "reload"});
                 break;
+            case Flavor::kNetplan:
+                Tool({"mkdir", "-p", "/etc/netplan"});
+                ASSERT_TRUE(nvtest::WriteFile(
+                    "/etc/netplan/50-nv0.yaml",
+                    "network:\n  version: 2\n  renderer: networkd\n  ethernets:\n    nv0:\n"
+                    "      addresses: [10.77.0.9/24]\n      routes:\n        - to: default\n"
+                    "          via: 10.77.0.1\n"));
+                chmod("/etc/netplan/50-nv0.yaml", 0600);
+                Tool({"netplan", "generate"});
+                Tool({"networkctl", "reload"});
+                break;
             case Flavor::kNm:
                 Tool({"nmcli", "connection", "add", "type", "ethernet", "ifname", "nv0", "con-name",
                       "nvtest", "ipv4.method", "manual", "ipv4.addresses", "10.77.0.9/24",
@@ -135,6 +159,8 @@ protected:
                 return Tree("/etc/network");
             case Flavor::kNetworkd:
                 return Tree("/etc/systemd/network");
+            case Flavor::kNetplan:
+                return Tree("/etc/netplan");
             case Flavor::kNm:
                 return Tree("/etc/NetworkManager/system-connections");
         }
@@ -155,6 +181,8 @@ protected:
                 }
                 return own;
             }
+            case Flavor::kNetplan:
+                return Tree("/run/netplan");
             case Flavor::kNm:
                 return {};
         }
@@ -279,6 +307,35 @@ TEST_F(LiveDeferred, AnUndoBringsBackTheDhcpClient) {
         EXPECT_NE(Tool({"pgrep", "-x", "dhclient"}), "");
     }
     EXPECT_EQ(Persistent(), etc);
+    EXPECT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7017));
+}
+
+TEST_F(LiveDeferred, AnInterfaceNoToolOwnsIsUndoneByHand) {
+    if (flavor != Flavor::kIfupdown)
+        GTEST_SKIP() << "ifupdown's sandbox only";
+    // No ifupdown configuration: nothing owns nv0, its addressing by hand.
+    Tool({"ifdown", "--force", "nv0"});
+    ASSERT_EQ(unlink("/etc/network/interfaces"), 0);
+    Tool({"ip", "link", "set", "nv0", "up"});
+    Tool({"ip", "addr", "add", "10.77.0.9/24", "dev", "nv0"});
+    Tool({"ip", "addr", "add", "10.77.0.19/24", "dev", "nv0"});
+    Tool({"ip", "route", "add", "default", "via", "10.77.0.1", "dev", "nv0"});
+    nvagent::PendingChange p;
+    nvagent::CmdResult r;
+    nvagent::InterfaceRequest dhcp{54, "nv0"};
+    ASSERT_TRUE(nvagent::ChangeInterfaceDeferred(dhcp, p, r)) << r.sDetail;
+    EXPECT_NE(Addr().find("dynamic"), std::string::npos) << Addr();
+    EXPECT_NE(Tool({"pgrep", "-x", "dhclient"}), "");
+    EXPECT_EQ(p.commit().iCode, em_ActSuccAll);
+    EXPECT_TRUE(Tree("/etc/network").count("/etc/network/interfaces") == 0);
+    // Undone (here after the commit, which saved nothing): the client the
+    // change started ends, and both addresses come back.
+    p.undo();
+    EXPECT_EQ(Tool({"pgrep", "-x", "dhclient"}), "");
+    EXPECT_TRUE(HasAddr("10.77.0.9/24")) << Addr();
+    EXPECT_TRUE(HasAddr("10.77.0.19/24")) << Addr();
+    EXPECT_EQ(Addr().find("dynamic"), std::string::npos) << Addr();
+    EXPECT_TRUE(DefaultVia("10.77.0.1")) << Tool({"ip", "route"});
     EXPECT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7017));
 }
 
