@@ -314,7 +314,7 @@ bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingCh
                               ".");
             if (!WriteChanged(files, next, err)) {
                 UndoCloudInitNetwork(wroteSwitch);
-                return Failed(err + ".");
+                return Failed(name + "'s stanza was not saved: " + err + ".");
             }
             unlink(copy.c_str());
             return CmdResult(em_ActSuccAll, cloudInit ? CloudInitNote(holder.path) : "");
