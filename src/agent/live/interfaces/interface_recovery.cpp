@@ -4,10 +4,12 @@
 
 #include <unistd.h>
 
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "agent/atomic_file.h"
 #include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/live_resolv_conf.h"
 #include "agent/live/live_files.h"
 
 namespace nvagent {
@@ -61,6 +63,22 @@ bool Flag(const json& j, const char* key) {
 }
 
 const char* const kOwners[] = {"ifupdown", "networkd", "netplan", "networkmanager", "none"};
+
+// The files a deferred change writes: its runtime layers and resolv.conf.
+// An undo never writes anything else, whatever a recovery says.
+bool UndoMayWrite(const std::string& path) {
+    static const char* const kDirs[] = {"/run/norvane/", "/run/systemd/network/00-norvane+",
+                                        "/run/netplan/"};
+    if (path.find("/../") != std::string::npos || path.find("/./") != std::string::npos)
+        return false;
+    if (path == kResolvConfPath)
+        return true;
+    for (const char* d : kDirs) {
+        if (path.compare(0, strlen(d), d) == 0 && path.size() > strlen(d))
+            return true;
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -123,7 +141,7 @@ bool ParseRecovery(const std::string& text, InterfaceRecovery& rec, std::string&
         GetStrings(b, "dhcpClient", rec.before.dhcpClient) && GetStrings(j, "nmOld", rec.nmOld);
     if (ok && j.contains("files") && j["files"].is_array()) {
         for (const json& f : j["files"]) {
-            if (!f.is_object() || Str(f, "path").empty() || Str(f, "path")[0] != '/') {
+            if (!f.is_object() || !UndoMayWrite(Str(f, "path"))) {
                 ok = false;
                 break;
             }
