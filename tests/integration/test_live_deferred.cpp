@@ -109,6 +109,7 @@ protected:
                 break;
         }
         Tool({"ip", "-4", "addr", "flush", "dev", "nv0"});
+        Tool({"ip", "-6", "addr", "flush", "dev", "nv0", "scope", "global"});
         Tool({"ip", "link", "set", "nv0", "up"});
     }
     // nv0 at 10.77.0.9/24 through 10.77.0.1, as the manager's own
@@ -337,6 +338,30 @@ TEST_F(LiveDeferred, AnInterfaceNoToolOwnsIsUndoneByHand) {
     EXPECT_EQ(Addr().find("dynamic"), std::string::npos) << Addr();
     EXPECT_TRUE(DefaultVia("10.77.0.1")) << Tool({"ip", "route"});
     EXPECT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7017));
+}
+
+TEST_F(LiveDeferred, AnUndoBringsBackWhatWasAddedByHand) {
+    Tool({"ip", "addr", "add", "10.77.0.29/24", "dev", "nv0"});
+    Tool({"ip", "-6", "addr", "add", "2001:db8:77::9/64", "dev", "nv0", "nodad"});
+    Tool({"ip", "route", "add", "192.0.2.0/24", "via", "10.77.0.1", "dev", "nv0"});
+    Tool({"ip", "-6", "route", "add", "2001:db8:99::/64", "via", "2001:db8:77::1", "dev", "nv0"});
+    ASSERT_TRUE(HasAddr("10.77.0.29/24")) << Addr();
+    nvagent::PendingChange p;
+    nvagent::CmdResult r;
+    ASSERT_TRUE(Deferred("10.77.0.33", p, r)) << r.sDetail;
+    EXPECT_FALSE(HasAddr("10.77.0.29/24")) << Addr();
+    p.undo();
+    std::string v6 = Tool({"ip", "-6", "-o", "addr", "show", "dev", "nv0"});
+    EXPECT_TRUE(HasAddr("10.77.0.9/24")) << Addr();
+    EXPECT_TRUE(HasAddr("10.77.0.29/24")) << Addr();
+    EXPECT_NE(v6.find("2001:db8:77::9/64"), std::string::npos) << v6;
+    EXPECT_NE(Tool({"ip", "route", "show", "dev", "nv0"}).find("192.0.2.0/24 via 10.77.0.1"),
+              std::string::npos)
+        << Tool({"ip", "route"});
+    EXPECT_NE(Tool({"ip", "-6", "route", "show", "dev", "nv0"}).find("2001:db8:99::/64 via"),
+              std::string::npos)
+        << Tool({"ip", "-6", "route"});
+    EXPECT_TRUE(DefaultVia("10.77.0.1")) << Tool({"ip", "route"});
 }
 
 }  // namespace
