@@ -16,6 +16,8 @@ extern const DetailTable kDetailsLiveInterfaces;
 extern const DetailTable kDetailsLiveServices;
 extern const DetailTable kDetailsLiveMonitors;
 extern const DetailTable kDetailsLiveReasons;
+extern const DetailTable kDetailsGuardSession;
+extern const DetailTable kDetailsGuardIfaces;
 
 const std::vector<const DetailTable*>& DetailTables() {
     static const std::vector<const DetailTable*> kTables = {
@@ -27,6 +29,8 @@ const std::vector<const DetailTable*>& DetailTables() {
         &kDetailsLiveInterfaces,
         &kDetailsLiveServices,
         &kDetailsLiveMonitors,
+        &kDetailsGuardSession,
+        &kDetailsGuardIfaces,
         // The tools' reasons, which the sentences above quote, last.
         &kDetailsLiveReasons,
     };
