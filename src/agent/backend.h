@@ -21,6 +21,9 @@ struct CmdResult {
     // change as JSON objects, empty when the change recorded none.
     std::string sOldValues;
     std::string sNewValues;
+    // For the journal: a short note on how the request was decided (the
+    // session guard's refusal or a change carried out on confirmation).
+    std::string sNote;
 };
 
 // Who sent a request: the process at the other end of the agent's socket

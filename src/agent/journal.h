@@ -19,7 +19,9 @@
 //     and "note" says whether the password was changed;
 //   "hex_cut": true when payload_hex holds only the first kJournalHexBytes
 //     bytes of a longer payload;
-//   "note": a short reason for a request that did not complete normally.
+//   "note": a short reason for a request that did not complete normally,
+//     or how a set command was decided (the session guard's refusal, or a
+//     change carried out when its refusal was confirmed).
 //
 // The journal is bounded: when a line would take the file past its size
 // limit, the file is renamed to PATH.1 (replacing an older PATH.1) and a new

@@ -19,6 +19,7 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
     static const std::string kNoDetail;
     bufs.oldValues.clear();
     bufs.newValues.clear();
+    bufs.note.clear();
     if (cmd == nvwire::kCmdCheck) {
         bufs.body.clear();
         backend.CheckBody(bufs.body);
@@ -30,6 +31,7 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
         nvwire::BuildAnswer(bufs.answer, cmd, res.iCode, res.sDetail, "", 0);
         bufs.oldValues = std::move(res.sOldValues);
         bufs.newValues = std::move(res.sNewValues);
+        bufs.note = std::move(res.sNote);
         return res.iCode;
     }
     nvwire::BuildAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange,

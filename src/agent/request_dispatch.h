@@ -22,6 +22,8 @@ struct AnswerBuffers {
     // after a check or a change that recorded none).
     std::string oldValues;
     std::string newValues;
+    // The last set command's note for the journal (empty: none).
+    std::string note;
 };
 
 // Builds the whole answer packet for cmd and payload into bufs.answer and

@@ -352,8 +352,9 @@ void Server::WorkerThread() {
             m_jobs.pop_front();
         }
         int result = AnswerRequest(m_backend, job.cmd, job.payload, bufs, Peer{job.pid});
-        m_journal.Record(job.cmd, job.payload.data(), job.payload.size(), result, nullptr,
-                         bufs.oldValues, bufs.newValues);
+        m_journal.Record(job.cmd, job.payload.data(), job.payload.size(), result,
+                         bufs.note.empty() ? nullptr : bufs.note.c_str(), bufs.oldValues,
+                         bufs.newValues);
         {
             std::lock_guard<std::mutex> lock(m_mutex);
             m_done.push_back(Done{job.id, std::move(bufs.answer)});

@@ -14,6 +14,7 @@
 #include "agent/commands/command_parser.h"
 #include "agent/commands/own_settings.h"
 #include "agent/display_lines.h"
+#include "agent/live/guard/session_guard.h"
 #include "agent/live/live_changes.h"
 #include "agent/live/live_files.h"
 #include "agent/live/live_monitors.h"
@@ -62,12 +63,17 @@ public:
     }
 
     using Backend::Apply;
-    CmdResult Apply(short cmd, const std::string& payload, const Peer&) override {
+    CmdResult Apply(short cmd, const std::string& payload, const Peer& peer) override {
         Request req;
         CmdResult r;
         if (!ParseCommand(cmd, payload, req, r))
             return r;
         std::lock_guard<std::mutex> change(m_changeMu);
+        // A change that would cut the console's SSH session waits for its
+        // confirming repeat; nothing is applied before.
+        std::string guardNote;
+        if (m_guard.Refuses(cmd, payload, req, peer, r, guardNote))
+            return r;
         if (IsOwnSetting(req))
             return ApplyOwn(cmd, req);
         bool recorded = !ChangedFields(cmd).empty();
@@ -77,6 +83,7 @@ public:
             ReadChangedPart(cmd, c0, s0);
         time_t clockSetTo = -1;
         r = std::visit(Change{*this, cmd, clockSetTo}, req);
+        r.sNote = guardNote;
         if (recorded && r.iCode == em_ActSuccAll) {
             cConf_Inf c1 = DefaultConf();
             cSvrState s1;
@@ -189,6 +196,7 @@ private:
     std::mutex m_mu;
     cConf_Inf m_settings;
     LiveMonitors m_monitors;
+    SessionGuard m_guard;
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace nvagent {
 
@@ -33,6 +34,28 @@ struct GuardSession {
 // ends in a terminal multiplexer, the established connections to the ports
 // the SSH server listens on (the first one). procRoot is /proc but for tests.
 GuardSession FindGuardSession(pid_t pid, const std::string& procRoot = "/proc");
+
+// One TCP socket as sock_diag reports it; an IPv4-mapped IPv6 address is
+// given as the IPv4 address it maps (AF_INET), as the firewall sees it.
+struct TcpSocket {
+    int iFamily = 0;
+    std::string sLocalAddr;
+    uint16_t iLocalPort = 0;
+    std::string sRemoteAddr;
+    uint16_t iRemotePort = 0;
+    uint64_t llInode = 0;
+};
+
+// The established and listening TCP sockets of the agent's network
+// namespace, IPv4 and IPv6; false when the kernel cannot be asked.
+struct TcpSockets {
+    std::vector<TcpSocket> established;
+    std::vector<TcpSocket> listening;
+};
+bool ReadTcpSockets(TcpSockets& out);
+
+// FindGuardSession over a given socket table (tests give their own).
+GuardSession FindGuardSessionIn(pid_t pid, const std::string& procRoot, const TcpSockets& socks);
 
 }  // namespace nvagent
 
