@@ -6,6 +6,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -32,6 +33,17 @@ struct Peer {
     pid_t iPid = 0;
 };
 
+// Something a backend did by itself, outside any request (a watched change
+// undone or saved when its watch ended): journalled as a request would be.
+struct BackendEvent {
+    short iCmd = 0;
+    std::string sPayload;
+    int iResult = 0;
+    std::string sNote;
+    std::string sOldValues, sNewValues;
+};
+using EventSink = std::function<void(const BackendEvent&)>;
+
 class Backend {
 public:
     virtual ~Backend() = default;
@@ -44,6 +56,11 @@ public:
     virtual CmdResult Apply(short cmd, const std::string& payload, const Peer& peer) = 0;
     // The same, from no particular process.
     CmdResult Apply(short cmd, const std::string& payload) { return Apply(cmd, payload, Peer{}); }
+    // What the answer to peer must say before its own detail, something
+    // that happened since the console's last answer (a change of its undone
+    // because it cut the console's session); cmd is the check command or the
+    // set command answered with result. Empty: nothing.
+    virtual std::string NoticeFor(const Peer&, short /*cmd*/, int /*result*/) { return {}; }
 };
 
 }  // namespace nvagent

@@ -16,18 +16,23 @@ bool IsSetCommand(short cmd) {
 
 int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs,
                   const Peer& peer) {
-    static const std::string kNoDetail;
     bufs.oldValues.clear();
     bufs.newValues.clear();
     bufs.note.clear();
     if (cmd == nvwire::kCmdCheck) {
         bufs.body.clear();
         backend.CheckBody(bufs.body);
-        nvwire::BuildAnswer(bufs.answer, cmd, em_OK, kNoDetail, bufs.body.data(), bufs.body.size());
+        // A check has no detail of its own; it carries a notice for the
+        // console, which shows the check's detail after a change succeeded.
+        nvwire::BuildAnswer(bufs.answer, cmd, em_OK, backend.NoticeFor(peer, cmd, em_OK),
+                            bufs.body.data(), bufs.body.size());
         return em_OK;
     }
     if (IsSetCommand(cmd)) {
         CmdResult res = backend.Apply(cmd, payload, peer);
+        std::string notice = backend.NoticeFor(peer, cmd, res.iCode);
+        if (!notice.empty())
+            res.sDetail = res.sDetail.empty() ? notice : notice + " " + res.sDetail;
         nvwire::BuildAnswer(bufs.answer, cmd, res.iCode, res.sDetail, "", 0);
         bufs.oldValues = std::move(res.sOldValues);
         bufs.newValues = std::move(res.sNewValues);
