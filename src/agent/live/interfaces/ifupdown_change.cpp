@@ -9,6 +9,8 @@
 // failure puts the files back, brings the old configuration up again and
 // then repairs by hand what is still missing (addresses, routes, the DHCP
 // client).
+#include <cctype>
+
 #include "agent/atomic_file.h"
 #include "agent/live/interfaces/cloud_init.h"
 #include "agent/live/interfaces/ifupdown_config.h"
@@ -106,6 +108,55 @@ CmdResult Reconfigure(const NetInterface& n, const std::string& stanza, bool up,
                   "; the old settings were put back.");
 }
 
+// Whether a word ip printed is safe on a line ifupdown runs through the
+// shell (addresses, numbers and keywords only).
+bool PlainWord(const std::string& w) {
+    if (w.empty())
+        return false;
+    for (char c : w) {
+        if (!isalnum(static_cast<unsigned char>(c)) &&
+            std::string(".:/_-").find(c) == std::string::npos)
+            return false;
+    }
+    return true;
+}
+
+// A stanza for an interface ifupdown adopts, keeping what it has now, so
+// that 52 and a later 53 (an ifup) bring it back as it was: DHCP when its
+// address is a lease or a DHCP client serves it; else its first address,
+// default gateway, further addresses and routes of its own ("up" lines);
+// no addressing when it has no address.
+std::string StanzaOfNow(const NetInterface& n) {
+    InterfaceSnapshot s = TakeSnapshot(n);
+    std::string head = "iface " + n.name + " inet ";
+    if (n.mode == kModeDynamic || !s.dhcpClient.empty())
+        return head + "dhcp\n";
+    if (n.ip.empty())
+        return head + "manual\n";
+    std::string own = n.ip + "/" + std::to_string(MaskPrefix(n.mask));
+    std::string stanza = head + "static\n    address " + n.ip + "\n    netmask " + n.mask + "\n";
+    if (!s.gateway.empty() && PlainWord(s.gateway))
+        stanza += "    gateway " + s.gateway + "\n";
+    for (const auto& a : s.addrs) {
+        if (a.size() >= 2 && a[1] != own && PlainWord(a[1]))
+            stanza += "    up ip -4 addr add " + a[1] + " dev " + n.name + "\n";
+    }
+    for (const auto& r : s.routes) {
+        bool kernel = false, plain = true;
+        for (size_t i = 0; i < r.size(); ++i) {
+            kernel = kernel || (r[i] == "proto" && i + 1 < r.size() && r[i + 1] == "kernel");
+            plain = plain && PlainWord(r[i]);
+        }
+        if (r.empty() || r[0] == "default" || kernel || !plain)
+            continue;
+        std::string line;
+        for (const std::string& w : r)
+            line += " " + w;
+        stanza += "    up ip -4 route replace" + line + " dev " + n.name + "\n";
+    }
+    return stanza;
+}
+
 // The interface's stanza now, empty when none.
 std::string CurrentStanza(const std::string& name) {
     std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
@@ -125,7 +176,7 @@ CmdResult IfupdownChange(const NetInterface& n, short cmd) {
     // Down and up through ifdown and ifup, so that up brings back the
     // addresses and routes of the stanza; the auto line for the next boot.
     if (stanza.empty())
-        stanza = "iface " + n.name + " inet manual\n";
+        stanza = StanzaOfNow(n);
     return Reconfigure(n, stanza, cmd == 53, ResolvPlan());
 }
 

@@ -89,6 +89,7 @@ std::vector<std::string> Ipv4Settings(const std::string& uuid) {
 CmdResult Apply(const NetInterface& n, const std::string& uuid,
                 const std::vector<std::string>& settings, bool up, const Wanted& wanted) {
     std::string why;
+    InterfaceSnapshot before = TakeSnapshot(n);
     std::string checkpoint = CreateCheckpoint(n.name, kCheckpointS, why);
     if (checkpoint.empty())
         return Failed("NetworkManager could not take a checkpoint of " + n.name + ": " + why +
@@ -112,6 +113,9 @@ CmdResult Apply(const NetInterface& n, const std::string& uuid,
     std::string ignored;
     RollbackCheckpoint(checkpoint, ignored);
     WaitForOldState(n, kApplyWaitMs);
+    // What NetworkManager did not configure itself (addresses and routes
+    // added by hand) comes back as it was.
+    RestoreSnapshot(before);
     return Failed(n.name + " could not be configured: " + why +
                   "; NetworkManager put the old settings back.");
 }
