@@ -1,6 +1,8 @@
 // The session guard's test bed in the sandbox.
 #include "guard_bed.h"
 
+#include <sstream>
+
 #include "temp_dir.h"
 
 namespace nvtest {
@@ -22,6 +24,21 @@ std::string Quoted(const std::string& s) {
     return out + "'";
 }
 
+// The firewall as iptables -S prints it, without the agent's chains' own
+// declarations and jumps: empty, they filter nothing, and the agent makes
+// them at its first change and keeps them.
+std::string Firewall(const char* tool) {
+    std::istringstream in(Tool({tool, "-w", "5", "-S"}));
+    std::string line, out;
+    while (std::getline(in, line)) {
+        if (line == "-N NORVANE-INPUT" || line == "-N NORVANE-OUTPUT" ||
+            line == "-A INPUT -j NORVANE-INPUT" || line == "-A OUTPUT -j NORVANE-OUTPUT")
+            continue;
+        out += line + "\n";
+    }
+    return out;
+}
+
 }  // namespace
 
 bool PrepareGuardBed(std::string& err) {
@@ -31,8 +48,12 @@ bool PrepareGuardBed(std::string& err) {
         err = "cannot write /etc/network/interfaces";
         return false;
     }
-    // nv0 handed from nv-sandbox.sh's plain addresses to ifupdown.
+    // nv0 handed from nv-sandbox.sh's plain addresses (or from what a case
+    // left) to ifupdown, as its stanza says.
+    Tool({"pkill", "-x", "dhclient"});
+    Tool({"ifdown", "--force", "nv0"});
     Tool({"ip", "-4", "addr", "flush", "dev", "nv0"});
+    Tool({"ip", "link", "set", "nv0", "up"});
     int code = 0;
     Tool({"ifup", "--force", "nv0"}, &code);
     std::string route = Tool({"ip", "route", "show", "default"});
@@ -52,7 +73,7 @@ bool PrepareGuardBed(std::string& err) {
 
 std::string LiveConfiguration() {
     bool dhcp = Tool({"pgrep", "-a", "dhclient"}).find("nv0") != std::string::npos;
-    return Tool({"iptables", "-w", "5", "-S"}) + Tool({"ip6tables", "-w", "5", "-S"}) +
+    return Firewall("iptables") + Firewall("ip6tables") +
            Tool({"ip", "-4", "-o", "addr", "show", "dev", "nv0"}) +
            Tool({"ip", "-o", "link", "show", "nv0"}) + Tool({"ip", "-4", "route"}) +
            (dhcp ? "dhclient nv0\n" : "");

@@ -19,8 +19,9 @@
 namespace nvtest {
 
 // nv0 as an ifupdown stanza (10.77.0.2/24, gateway 10.77.0.1) brought up
-// with ifup, and the NOTRACK rules for port 22 in the raw table. False with
-// err when the sandbox could not be prepared.
+// with ifup (from whatever state it is in), and the NOTRACK rules for port
+// 22 in the raw table. False with err when the sandbox could not be
+// prepared.
 bool PrepareGuardBed(std::string& err);
 
 // The firewall (both families), nv0's addresses and link state, the routes,
