@@ -4,9 +4,6 @@
 
 #include <arpa/inet.h>
 #include <dirent.h>
-#include <linux/inet_diag.h>
-#include <linux/netlink.h>
-#include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -20,6 +17,7 @@
 #include <unordered_map>
 
 #include "agent/live/live_files.h"
+#include "agent/live/sock_diag.h"
 
 namespace nvagent {
 
@@ -31,58 +29,16 @@ struct Listener {
     unsigned inode;
 };
 
-// One dump request for family; appends what the kernel answers.
+// The listening sockets of family, appended to out.
 bool DumpFamily(int family, std::vector<Listener>& out) {
-    int fd = socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
-    if (fd < 0)
-        return false;
-    struct {
-        nlmsghdr nlh;
-        inet_diag_req_v2 req;
-    } msg{};
-    msg.nlh.nlmsg_len = sizeof msg;
-    msg.nlh.nlmsg_type = SOCK_DIAG_BY_FAMILY;
-    msg.nlh.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    msg.req.sdiag_family = static_cast<__u8>(family);
-    msg.req.sdiag_protocol = IPPROTO_TCP;
-    msg.req.idiag_states = 1u << TCP_LISTEN;
-    sockaddr_nl nl{};
-    nl.nl_family = AF_NETLINK;
-    if (sendto(fd, &msg, sizeof msg, 0, reinterpret_cast<sockaddr*>(&nl), sizeof nl) < 0) {
-        close(fd);
-        return false;
-    }
-    std::vector<char> buf(1 << 16);
-    bool done = false;
-    bool ok = true;
-    while (!done) {
-        ssize_t n = recv(fd, buf.data(), buf.size(), 0);
-        if (n <= 0) {
-            ok = false;
-            break;
-        }
-        size_t left = static_cast<size_t>(n);
-        for (nlmsghdr* h = reinterpret_cast<nlmsghdr*>(buf.data()); NLMSG_OK(h, left);
-             h = NLMSG_NEXT(h, left)) {
-            if (h->nlmsg_type == NLMSG_DONE) {
-                done = true;
-                break;
-            }
-            if (h->nlmsg_type == NLMSG_ERROR) {
-                done = true;
-                ok = false;
-                break;
-            }
-            const inet_diag_msg* d = static_cast<const inet_diag_msg*>(NLMSG_DATA(h));
+    return DumpTcpSockets(
+        family, 1u << TCP_LISTEN, [&out](const nlmsghdr&, const inet_diag_msg& d) {
             char ip[INET6_ADDRSTRLEN] = {};
-            inet_ntop(d->idiag_family, d->id.idiag_src, ip, sizeof ip);
-            int port = ntohs(d->id.idiag_sport);
-            std::string a = d->idiag_family == AF_INET6 ? "[" + std::string(ip) + "]" : ip;
-            out.push_back({a + ":" + std::to_string(port), port, d->idiag_inode});
-        }
-    }
-    close(fd);
-    return ok;
+            inet_ntop(d.idiag_family, d.id.idiag_src, ip, sizeof ip);
+            int port = ntohs(d.id.idiag_sport);
+            std::string a = d.idiag_family == AF_INET6 ? "[" + std::string(ip) + "]" : ip;
+            out.push_back({a + ":" + std::to_string(port), port, d.idiag_inode});
+        });
 }
 
 struct Owner {

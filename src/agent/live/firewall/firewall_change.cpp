@@ -69,14 +69,6 @@ std::string Own(int chain) {
     return kOwnChains[chain];
 }
 
-bool SameRule(const std::string& a, const std::string& b) {
-    FwRule x, y;
-    if (!AsOwnRule(a, x) || !AsOwnRule(b, y))
-        return a == b;
-    return x.proto == y.proto && x.src == y.src && x.dst == y.dst && x.sport == y.sport &&
-           x.dport == y.dport && x.action == y.action;
-}
-
 // The answer with what else filters the hook's traffic said in its detail:
 // an accept another base chain may drop, legacy tables beside nf_tables.
 CmdResult Noted(CmdResult r, const ChainView& v, int hook, bool accepting) {
@@ -358,7 +350,7 @@ Plan PlanDelete(FwChain chain, unsigned long long index, const ChainView views[2
     p.ch.fam[0].undo = "-I " + Own(chain) + " " + at + " " + spec + "\n";
     if (v.has6) {
         for (size_t j = 0; j < v.v6.specs.size(); ++j) {
-            if (!SameRule(v.v6.specs[j], spec))
+            if (!SameOwnRule(v.v6.specs[j], spec))
                 continue;
             std::string at6 = std::to_string(v.v6.keeps.size() + j + 1);
             p.ch.fam[1].apply = "-D " + Own(chain) + " " + at6 + "\n";

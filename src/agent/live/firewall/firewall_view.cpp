@@ -117,6 +117,14 @@ bool AsOwnRule(const std::string& spec, FwRule& r) {
     return verdict && w.size() % 2 == 0 && spec.find("-p ") != std::string::npos;
 }
 
+bool SameOwnRule(const std::string& a, const std::string& b) {
+    FwRule x, y;
+    if (!AsOwnRule(a, x) || !AsOwnRule(b, y))
+        return a == b;
+    return x.proto == y.proto && x.src == y.src && x.dst == y.dst && x.sport == y.sport &&
+           x.dport == y.dport && x.action == y.action;
+}
+
 void ParseFamily(const std::string& text, FamilyChain& input, FamilyChain& output) {
     input = FamilyChain();
     output = FamilyChain();

@@ -61,6 +61,10 @@ std::string RuleSpec(const FwRule& rule);
 // for anything else.
 bool AsOwnRule(const std::string& spec, FwRule& r);
 
+// The same rule in two specs (as the form gives them, or as iptables -S
+// prints them); specs of another shape only when equal as text.
+bool SameOwnRule(const std::string& a, const std::string& b);
+
 // Parses one family's "iptables -S" output into the two chains.
 void ParseFamily(const std::string& text, FamilyChain& input, FamilyChain& output);
 

@@ -60,14 +60,6 @@ bool RuleMatches(const FwRule& r, const Segment& seg) {
            (r.dport == 0 || r.dport == seg.dport);
 }
 
-bool SameOwnRule(const std::string& a, const std::string& b) {
-    FwRule x, y;
-    if (!AsOwnRule(a, x) || !AsOwnRule(b, y))
-        return a == b;
-    return x.proto == y.proto && x.src == y.src && x.dst == y.dst && x.sport == y.sport &&
-           x.dport == y.dport && x.action == y.action;
-}
-
 // The chain a request changes, or -1 for any other request.
 int ChainOf(const Request& req) {
     if (const auto* p = std::get_if<PolicyRequest>(&req))

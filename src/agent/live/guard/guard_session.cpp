@@ -8,9 +8,6 @@
 
 #include <arpa/inet.h>
 #include <dirent.h>
-#include <linux/inet_diag.h>
-#include <linux/netlink.h>
-#include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -22,6 +19,7 @@
 #include <set>
 
 #include "agent/live/live_files.h"
+#include "agent/live/sock_diag.h"
 
 namespace nvagent {
 
@@ -200,66 +198,28 @@ std::set<uint16_t> ListeningPorts(const TcpSockets& socks, const std::map<uint64
 
 // One dump of family's TCP sockets in the states of mask.
 bool DumpTcp(int family, unsigned mask, std::vector<TcpSocket>& out) {
-    int fd = socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
-    if (fd < 0)
-        return false;
-    struct {
-        nlmsghdr nlh;
-        inet_diag_req_v2 req;
-    } msg{};
-    msg.nlh.nlmsg_len = sizeof msg;
-    msg.nlh.nlmsg_type = SOCK_DIAG_BY_FAMILY;
-    msg.nlh.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    msg.req.sdiag_family = static_cast<__u8>(family);
-    msg.req.sdiag_protocol = IPPROTO_TCP;
-    msg.req.idiag_states = mask;
-    sockaddr_nl nl{};
-    nl.nl_family = AF_NETLINK;
-    if (sendto(fd, &msg, sizeof msg, 0, reinterpret_cast<sockaddr*>(&nl), sizeof nl) < 0) {
-        close(fd);
-        return false;
-    }
-    std::vector<char> buf(1 << 16);
-    bool ok = true;
-    for (bool done = false; !done;) {
-        ssize_t n = recv(fd, buf.data(), buf.size(), 0);
-        if (n <= 0) {
-            ok = false;
-            break;
+    return DumpTcpSockets(family, mask, [&out](const nlmsghdr&, const inet_diag_msg& d) {
+        TcpSocket c;
+        c.iFamily = d.idiag_family;
+        const void* src = d.id.idiag_src;
+        const void* dst = d.id.idiag_dst;
+        // An IPv4 peer of an IPv6 socket: the firewall sees IPv4.
+        if (c.iFamily == AF_INET6 &&
+            IN6_IS_ADDR_V4MAPPED(reinterpret_cast<const in6_addr*>(d.id.idiag_src))) {
+            c.iFamily = AF_INET;
+            src = reinterpret_cast<const char*>(d.id.idiag_src) + 12;
+            dst = reinterpret_cast<const char*>(d.id.idiag_dst) + 12;
         }
-        size_t left = static_cast<size_t>(n);
-        for (nlmsghdr* h = reinterpret_cast<nlmsghdr*>(buf.data()); NLMSG_OK(h, left);
-             h = NLMSG_NEXT(h, left)) {
-            if (h->nlmsg_type == NLMSG_DONE || h->nlmsg_type == NLMSG_ERROR) {
-                ok = h->nlmsg_type == NLMSG_DONE;
-                done = true;
-                break;
-            }
-            const inet_diag_msg* d = static_cast<const inet_diag_msg*>(NLMSG_DATA(h));
-            TcpSocket c;
-            c.iFamily = d->idiag_family;
-            const void* src = d->id.idiag_src;
-            const void* dst = d->id.idiag_dst;
-            // An IPv4 peer of an IPv6 socket: the firewall sees IPv4.
-            if (c.iFamily == AF_INET6 &&
-                IN6_IS_ADDR_V4MAPPED(reinterpret_cast<const in6_addr*>(d->id.idiag_src))) {
-                c.iFamily = AF_INET;
-                src = reinterpret_cast<const char*>(d->id.idiag_src) + 12;
-                dst = reinterpret_cast<const char*>(d->id.idiag_dst) + 12;
-            }
-            char a[INET6_ADDRSTRLEN] = {}, b[INET6_ADDRSTRLEN] = {};
-            inet_ntop(c.iFamily, src, a, sizeof a);
-            inet_ntop(c.iFamily, dst, b, sizeof b);
-            c.sLocalAddr = a;
-            c.sRemoteAddr = b;
-            c.iLocalPort = ntohs(d->id.idiag_sport);
-            c.iRemotePort = ntohs(d->id.idiag_dport);
-            c.llInode = d->idiag_inode;
-            out.push_back(c);
-        }
-    }
-    close(fd);
-    return ok;
+        char a[INET6_ADDRSTRLEN] = {}, b[INET6_ADDRSTRLEN] = {};
+        inet_ntop(c.iFamily, src, a, sizeof a);
+        inet_ntop(c.iFamily, dst, b, sizeof b);
+        c.sLocalAddr = a;
+        c.sRemoteAddr = b;
+        c.iLocalPort = ntohs(d.id.idiag_sport);
+        c.iRemotePort = ntohs(d.id.idiag_dport);
+        c.llInode = d.idiag_inode;
+        out.push_back(c);
+    });
 }
 
 }  // namespace
