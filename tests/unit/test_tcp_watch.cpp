@@ -55,8 +55,9 @@ TEST(StallBound, FloorOnFastLinksAndFourTimesTheTimeoutOnSlowOnes) {
     s.rtoUs = 4 * 600000;
     s.backoff = 2;
     EXPECT_EQ(StallBoundMs(s), 2400);
-    // Never past 10 s, so that a watch decides within its grace.
-    EXPECT_EQ(StallBoundMs(At(0, 0, 0, 0, 3000000, 1000000)), 10000);
+    // Never past 2.5 s, so that a cut is undone within 3 s.
+    EXPECT_EQ(StallBoundMs(At(0, 0, 0, 0, 3000000, 1000000)), 2500);
+    EXPECT_EQ(StallBoundMs(At(0, 0, 0, 0, 100000, 180000)), 2500);
 }
 
 TEST(StallRule, CutOnAFastLinkIsFoundJustPastTheFloor) {

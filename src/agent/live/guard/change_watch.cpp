@@ -32,7 +32,11 @@ std::string Clock(time_t when) {
     return b;
 }
 
-std::string Endpoint(const std::string& addr, uint16_t port) {
+// An IPv4 client of a dual-stack server is shown as IPv4.
+std::string Endpoint(std::string addr, uint16_t port) {
+    const std::string mapped = "::ffff:";
+    if (addr.rfind(mapped, 0) == 0 && addr.find('.') != std::string::npos)
+        addr = addr.substr(mapped.size());
     return (addr.find(':') == std::string::npos ? addr : "[" + addr + "]") + ":" +
            std::to_string(port);
 }
@@ -280,8 +284,8 @@ void ChangeWatcher::Finish(Group& g, bool undo, const std::string& why) {
     if (undo) {
         for (auto it = g.items.rbegin(); it != g.items.rend(); ++it) {
             CmdResult r = m_run(it->change, true);
-            std::string note = "undone: the change at " + Clock(it->change.tWhen) + " and the " +
-                               session + ": " + why;
+            std::string note = "undone: the change at " + Clock(it->change.tWhen) +
+                               " stalled the " + session + ": " + why;
             if (r.iCode != em_ActSuccAll)
                 note += "; the undo failed: " + r.sDetail;
             Record(m_record, it->change, r, note);

@@ -27,7 +27,10 @@ namespace {
 constexpr uint8_t kFinWait2 = 5, kTimeWait = 6, kClose = 7;
 
 constexpr int64_t kFloorMs = 1500;
-constexpr int64_t kCeilingMs = 10000;
+// A cut must be undone well within 3 s; right after an outage the kernel's
+// variance (and so its RTO) stays inflated for a while, which would delay
+// the next finding past that.
+constexpr int64_t kCeilingMs = 2500;
 constexpr int64_t kRtoMinMs = 200;
 constexpr uint8_t kTimeoutsInARow = 3;
 

@@ -35,11 +35,15 @@ enum class TcpVerdict { kWatching, kStalled, kEnded };
 // no acknowledgement has arrived for longer than the bound, counted from the
 // later of the last acknowledgement and the moment the outstanding data was
 // first seen (an idle connection's old acknowledgement says nothing). The
-// bound is max(1.5 s, 4 x RTO), RTO being the kernel's base timeout
-// (rtt + max(4 x rttvar, 200 ms), or the reported one without its backoff,
-// whichever is larger): a segment must then have been lost three times in a
-// row (sent, resent after RTO, resent again after 2 x RTO, the third copy
-// acknowledged before 4 x RTO), about one in a million segments at 1 % loss.
+// bound is max(1.5 s, 4 x RTO) and at most 2.5 s, RTO being the kernel's
+// base timeout (rtt + max(4 x rttvar, 200 ms), or the reported one without
+// its backoff, whichever is larger): a segment must then have been lost three
+// times in a row to read as a stall (sent, resent after RTO, resent again
+// after 2 x RTO, the third copy acknowledged before 4 x RTO), about one in
+// 100,000 segments at 1 % loss each way. The ceiling keeps a cut undone
+// within 3 s where the RTO is above 625 ms (round trips beyond about 400 ms,
+// or the inflated variance right after an outage); there two losses in a
+// row can read as a stall.
 // Three retransmission timeouts in a row with no acknowledgement for the
 // same bound also stall it (the same fact seen from the retransmit timer).
 // A connection that is gone or past its own close (FIN_WAIT2, TIME_WAIT,
