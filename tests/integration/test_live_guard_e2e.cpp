@@ -48,6 +48,11 @@ const CuttingChange kCutting[] = {
     {"DHCP on an interface with no DHCP server", "54", "nv0", false},
 };
 
+// The end of a session's output, for a failure's message.
+std::string Tail(const std::string& s) {
+    return s.size() > 600 ? s.substr(s.size() - 600) : s;
+}
+
 class LiveGuardE2E : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -135,7 +140,7 @@ protected:
         EXPECT_EQ(answer.first, 0) << "the confirmed change is answered as done: " << answer.second;
         // The same session, not a new one.
         EXPECT_TRUE(session.Running());
-        EXPECT_TRUE(session.Probe(30000));
+        EXPECT_TRUE(session.Probe(30000)) << Tail(session.Output());
         EXPECT_TRUE(session.Flowing(1000));
         EXPECT_EQ(LiveConfiguration(), before);
         EXPECT_EQ(Persistent(), saved) << "nothing of a rolled-back change is kept";
@@ -253,6 +258,15 @@ TEST_F(LiveGuardE2E, AgentKilledDuringTheWatchRestoresOnStart) {
     watch.Start();
     ASSERT_TRUE(session.Send(NvcmdLine(agent.SocketPath(), "32", "2")));
     ASSERT_TRUE(watch.WaitChanged(30000));
+    // Killed once the change is kept pending under the run directory, that
+    // is while it is watched.
+    bool pending = false;
+    for (int i = 0; i < 500 && !pending; ++i) {
+        pending = !Tool({"ls", "-A", "/run/norvane/pending"}).empty();
+        if (!pending)
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    ASSERT_TRUE(pending) << "no pending change under /run/norvane/pending";
     agent.Process().Kill();
     ASSERT_EQ(watch.Restored(), ChangeWatcher::Clock::time_point())
         << "rolled back before the agent was killed: nothing tested";

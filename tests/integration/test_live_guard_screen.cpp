@@ -56,9 +56,10 @@ TEST(LiveGuardScreen, RefusalThenConfirmedCutRolledBackOnTheInformationLine) {
     nvtest::TempDir files;
     std::string wrapper = files.File("nvui-over-ssh");
     ASSERT_TRUE(nvtest::WriteFile(
-        wrapper, std::string("#!/bin/sh\nexec \"$NV_SANDBOX_SSH\" -tt 10.77.0.2 env \"TERM=$TERM\" "
-                             "\"LANG=$LANG\" \"NVUI_SOCKET=$NVUI_SOCKET\" \"NVUI_LOG=$NVUI_LOG\" ") +
-                     NV_BIN_DIR + "/nvui \"$@\"\n"));
+        wrapper,
+        std::string("#!/bin/sh\nexec \"$NV_SANDBOX_SSH\" -tt 10.77.0.2 env \"TERM=$TERM\" "
+                    "\"LANG=$LANG\" \"NVUI_SOCKET=$NVUI_SOCKET\" \"NVUI_LOG=$NVUI_LOG\" ") +
+            NV_BIN_DIR + "/nvui \"$@\"\n"));
     ASSERT_EQ(chmod(wrapper.c_str(), 0755), 0);
     setenv("NV_FORM_TEST_NVUI", wrapper.c_str(), 1);
     FormConsole c;
@@ -94,7 +95,8 @@ TEST(LiveGuardScreen, RefusalThenConfirmedCutRolledBackOnTheInformationLine) {
     ASSERT_TRUE(watch.WaitRestored(20000)) << nvtest::LiveConfiguration();
     EXPECT_LE(nvtest::MsBetween(watch.Changed(), watch.Restored()), 15000);
     // The session comes back: the confirmed change's answer is drawn.
-    ASSERT_TRUE(Eventually(s, [&] { return InfoHolds(s, "Done."); }, 40000));
+    ASSERT_TRUE(Eventually(
+        s, [&] { return InfoHolds(s, "Done."); }, 40000));
     // The console's next answer says what was undone: here, the policy set
     // back to accept, which it already is.
     s.SendKey(Key::F5);
@@ -105,7 +107,8 @@ TEST(LiveGuardScreen, RefusalThenConfirmedCutRolledBackOnTheInformationLine) {
     s.SendKey(Key::Enter);
     ASSERT_TRUE(Eventually(s, [&] { return FormShows(s, PolicyForm("[Accept]"), 0); }));
     s.SendKey(Key::F9);
-    EXPECT_TRUE(Eventually(s, [&] { return InfoHolds(s, kUndone); }, 20000));
+    EXPECT_TRUE(Eventually(
+        s, [&] { return InfoHolds(s, kUndone); }, 20000));
     EXPECT_EQ(nvtest::LiveConfiguration(), before);
 }
 

@@ -42,16 +42,21 @@ std::string Firewall(const char* tool) {
 }  // namespace
 
 bool PrepareGuardBed(std::string& err) {
-    std::string interfaces = ReadFile("/etc/network/interfaces");
-    if (interfaces.find("iface nv0 ") == std::string::npos &&
-        !WriteFile("/etc/network/interfaces", interfaces + kStanza)) {
+    // The sandbox's own file as first found, with the stanza: whatever a
+    // case wrote into it goes.
+    static const std::string original = ReadFile("/etc/network/interfaces");
+    if (original.find("iface nv0 ") != std::string::npos) {
+        err = "the sandbox's /etc/network/interfaces already has nv0";
+        return false;
+    }
+    Tool({"ifdown", "--force", "nv0"});
+    if (!WriteFile("/etc/network/interfaces", original + kStanza)) {
         err = "cannot write /etc/network/interfaces";
         return false;
     }
     // nv0 handed from nv-sandbox.sh's plain addresses (or from what a case
     // left) to ifupdown, as its stanza says.
     Tool({"pkill", "-x", "dhclient"});
-    Tool({"ifdown", "--force", "nv0"});
     Tool({"ip", "-4", "addr", "flush", "dev", "nv0"});
     Tool({"ip", "link", "set", "nv0", "up"});
     int code = 0;
