@@ -5,7 +5,7 @@
 // round-trip time, the delayer's loss and the session's retransmissions.
 // Run inside the sandbox with its sshd (and --delay for a slow, lossy link):
 //   bash tests/support/nv-sandbox.sh --sshd [--delay --bin-dir build/bin] --
-//       build/bin/guard_figures [--cuts N] [--harmless N]
+//       build/bin/guard_figures [--cuts N] [--harmless N] [--interfaces no]
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -74,12 +74,16 @@ std::string Nvcmd(const LiveAgent& agent, const std::string& cmd, const std::str
 }  // namespace
 
 int main(int argc, char** argv) {
+    setvbuf(stdout, nullptr, _IOLBF, 0);
     int cuts = 5, harmless = 200;
+    bool interfaces = true;
     for (int i = 1; i + 1 < argc; i += 2) {
         if (strcmp(argv[i], "--cuts") == 0)
             cuts = atoi(argv[i + 1]);
         else if (strcmp(argv[i], "--harmless") == 0)
             harmless = atoi(argv[i + 1]);
+        else if (strcmp(argv[i], "--interfaces") == 0)
+            interfaces = strcmp(argv[i + 1], "no") != 0;
     }
     if (!InSandbox() || !HaveSandboxSshd()) {
         fprintf(stderr, "guard_figures: run inside tests/support/nv-sandbox.sh --sshd\n");
@@ -98,6 +102,8 @@ int main(int argc, char** argv) {
 
     // Cut to rollback.
     for (const Cut& c : kCuts) {
+        if (!interfaces && c.cmd[0] == '5')
+            continue;
         std::vector<long> ms;
         int failed = 0;
         for (int run = 0; run < cuts; ++run) {
