@@ -10,6 +10,7 @@ packages=(
   libnl-3-dev libnl-route-3-dev iptables iproute2 procps dnsmasq-base passwd nftables ufw
   ifupdown isc-dhcp-client vsftpd samba network-manager netplan.io openssh-client
   libsystemd-dev
+  tmux
   debhelper dpkg-dev lintian man-db systemd dbus-daemon jq logrotate git ccache
 )
 

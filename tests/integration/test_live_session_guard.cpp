@@ -188,8 +188,14 @@ TEST_F(LiveSessionGuard, InterfaceChangesOnTheSessionsInterfaceRefused) {
     EXPECT_NE(out.find(kRefusal), std::string::npos) << out;
     EXPECT_EQ(Remote("54", "nv0", &out), 1) << out;
     EXPECT_NE(out.find(kRefusal), std::string::npos) << out;
+    // The same address on a subnet without the gateway, and no new one.
+    EXPECT_EQ(Remote("55", "nv0 10.77.0.2 255.255.255.255 - - -", &out), 1) << out;
+    EXPECT_NE(out.find(kRefusal), std::string::npos) << out;
     EXPECT_EQ(Tool({"ip", "-4", "-o", "addr", "show", "dev", "nv0"}), addr);
     EXPECT_EQ(Tool({"ip", "route", "show", "default"}), route);
+    EXPECT_TRUE(session.Probe());
+    // The addressing the session already has is no cut.
+    EXPECT_EQ(Remote("55", "nv0 10.77.0.2 255.255.255.0 10.77.0.1 - -", &out), 0) << out;
     EXPECT_TRUE(session.Probe());
     // Another interface is not the session's.
     Tool({"ip", "link", "add", "nvx0", "type", "veth", "peer", "name", "nvx1"});
@@ -197,6 +203,38 @@ TEST_F(LiveSessionGuard, InterfaceChangesOnTheSessionsInterfaceRefused) {
     EXPECT_EQ(Remote("52", "nvx0", &out), 0) << out;
     Tool({"ip", "link", "del", "nvx0"});
     EXPECT_EQ(Notes(52).size(), 2u);
+    std::vector<std::string> notes55 = Notes(55);
+    ASSERT_EQ(notes55.size(), 3u);
+    EXPECT_NE(notes55[0].find("replaces the session's address 10.77.0.2"), std::string::npos)
+        << notes55[0];
+    EXPECT_NE(notes55[1].find("no route to 198.51.100.7"), std::string::npos) << notes55[1];
+    EXPECT_EQ(notes55[2].find("refused"), std::string::npos) << notes55[2];
+}
+
+TEST_F(LiveSessionGuard, ConsoleInATerminalMultiplexerStartedFromTheSessionIsGuarded) {
+    if (access("/usr/bin/tmux", X_OK) != 0)
+        GTEST_SKIP() << "tmux is not installed";
+    // A detached tmux server (a child of the sandbox's init, not of sshd)
+    // runs nvcmd in its window.
+    std::string sock = files.File("tmux.sock");
+    std::string result = files.File("tmux.out");
+    std::string window = "NVUI_SOCKET=" + agent.SocketPath() +
+                         " NVUI_LOG=" + files.File("nvcmd.log") + " " + kNvcmd + " send 32 2 > " +
+                         result + ".tmp 2>&1; echo exit \\$? >> " + result + ".tmp; mv " + result +
+                         ".tmp " + result;
+    std::string out;
+    int code = -1;
+    ASSERT_TRUE(session.Run(
+        "TERM=xterm tmux -S " + sock + " new-session -d -x 80 -y 24 \"" + window + "; sleep 30\"",
+        out, code));
+    ASSERT_EQ(code, 0) << out;
+    for (int i = 0; i < 100 && access(result.c_str(), F_OK) != 0; ++i)
+        usleep(100 * 1000);
+    std::string text = nvtest::ReadFile(result);
+    Tool({"tmux", "-S", sock, "kill-server"});
+    EXPECT_NE(text.find(kRefusal), std::string::npos) << text;
+    EXPECT_NE(text.find("exit 1"), std::string::npos) << text;
+    EXPECT_NE(Rules().find("-P INPUT ACCEPT"), std::string::npos);
 }
 
 TEST_F(LiveSessionGuard, LocalTerminalIsNotGuarded) {

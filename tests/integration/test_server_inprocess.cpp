@@ -35,7 +35,8 @@ long MsSince(Clock::time_point t) {
 }
 
 // Reports a fixed version and one flag that command 4 sets to "1" or "0";
-// anything else it refuses with a detail.
+// command 6 "noted" is refused with a note for the journal; anything else
+// it refuses with a detail.
 class ScriptedBackend : public nvagent::Backend {
 public:
     void CheckBody(std::string& body) override {
@@ -59,6 +60,11 @@ public:
             std::lock_guard<std::mutex> lock(m_mutex);
             m_flag = payload[0];
             return {em_ActSuccAll, ""};
+        }
+        if (cmd == 6 && payload == "noted") {
+            nvagent::CmdResult r(em_ActFail, "refused");
+            r.sNote = "refused: a note \"quoted\"";
+            return r;
         }
         return {em_ActPostValueNotValid, "cmd " + std::to_string(cmd) + " payload " + payload};
     }
@@ -223,6 +229,18 @@ TEST_F(InProcessServer, JournalLinesDescribeEachRequest) {
               "{\"cmd\": 1, \"len\": 0, \"payload_hex\": \"\", \"result\": 0}\n"
               "{\"cmd\": 4, \"len\": 1, \"payload_hex\": \"31\", \"result\": 7}\n"
               "{\"cmd\": 5, \"len\": 2, \"payload_hex\": \"00ff\", \"result\": 2}\n");
+}
+
+TEST_F(InProcessServer, BackendsNoteIsJournalledWithItsAnswer) {
+    StartServer();
+    ASSERT_TRUE(nvtest::Request(SocketPath(), 6, "noted").bOk);
+    ASSERT_TRUE(nvtest::Request(SocketPath(), 4, "1").bOk);
+    std::vector<nlohmann::json> lines = Journal();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0]["result"], em_ActFail);
+    EXPECT_EQ(lines[0]["note"], "refused: a note \"quoted\"");
+    // The next request's line carries no note of the one before.
+    EXPECT_FALSE(lines[1].contains("note"));
 }
 
 TEST_F(InProcessServer, StalledClientsDoNotDelayOthersAndAreCutAtTheDeadline) {

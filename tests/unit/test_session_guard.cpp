@@ -155,6 +155,17 @@ TEST(GuardSessionFind, MultiplexerTakesAConnectionToThePortSshdListensOn) {
     EXPECT_EQ("198.51.100.7", s.sRemoteAddr);
     EXPECT_EQ(22, s.iLocalPort);
     EXPECT_EQ(70, s.iServerPid);
+    EXPECT_EQ(220, s.iConsolePid);
+    // A client attached from another login (.9, socket 6001) decides.
+    m.Add(300, 1, 6000, "/usr/sbin/sshd", 0, {6001});
+    m.Add(310, 300, 6001, "/usr/bin/bash", 0);
+    m.Add(320, 310, 6002, "/usr/bin/tmux", 0);
+    s = FindGuardSessionIn(220, m.Root(), m.socks);
+    ASSERT_TRUE(s.bFound);
+    EXPECT_EQ("198.51.100.9", s.sRemoteAddr);
+    EXPECT_EQ(300, s.iServerPid);
+    EXPECT_EQ(220, s.iConsolePid);
+    EXPECT_EQ(3002u, s.llConsoleStart);
     // Without an SSH server nothing is guarded.
     FakeProc bare;
     bare.Add(1, 0, 1, "/sbin/init", 0);
@@ -327,6 +338,14 @@ TEST(GuardFirewall, ChangeToAChainThatAlreadyRefusesIsNoCut) {
     EXPECT_EQ("", fw.Cut(PolicyRequest{kChainInput, kActDrop}));
 }
 
+TEST(GuardFirewall, NoCutWhereAManagerKeepsTheChangeFromBeingMade) {
+    // ufw's jumps: a policy or a new rule is refused with ufw's command;
+    // the agent's own rules from before are still its to delete.
+    Fw fw(std::string(kDropWithSsh) + "-N ufw-before-input\n-A INPUT -j ufw-before-input\n");
+    EXPECT_EQ("", fw.Cut(RuleAddRequest{kChainInput, true, Rule(22, kActDrop)}));
+    EXPECT_NE("", fw.Cut(DeleteRequest{34, 2}));
+}
+
 TEST(GuardFirewall, RuleTheAgentCannotReadMakesNothingCertain) {
     Fw fw(std::string(kAcceptAll) +
           "-A NORVANE-INPUT -p tcp -m multiport --dports 22,23 -j ACCEPT\n");
@@ -472,6 +491,22 @@ TEST(SessionGuardRefusal, RefusedThenCarriedOutOnTheSameRepeatWithinAMinute) {
     // No cut: never refused.
     EXPECT_FALSE(g.Decide(33, "x", s, "", r3, note));
     EXPECT_EQ("", note);
+}
+
+TEST(SessionGuardRefusal, MemoryStaysBoundedOldestForgottenFirst) {
+    Clock c;
+    SessionGuard g([&c] { return c.now; });
+    GuardSession s = Session();
+    CmdResult r;
+    std::string note;
+    for (int i = 0; i < 200; ++i) {
+        c.now += 0.01;
+        ASSERT_TRUE(g.Decide(33, std::to_string(i), s, "x", r, note));
+    }
+    // The newest are remembered, the oldest not.
+    EXPECT_FALSE(g.Decide(33, "199", s, "x", r, note));
+    EXPECT_FALSE(g.Decide(33, "150", s, "x", r, note));
+    EXPECT_TRUE(g.Decide(33, "0", s, "x", r, note));
 }
 
 TEST(SessionGuardRefusal, DetailFitsTheInformationLineInEveryLanguage) {

@@ -5,6 +5,7 @@
 
 #include <sys/socket.h>
 
+#include "agent/live/firewall/other_managers.h"
 #include "agent/live/guard/guard_address.h"
 
 namespace nvagent {
@@ -164,6 +165,11 @@ std::string FirewallCut(const ChainView views[2], const Request& req, const Guar
     bool v6 = s.iFamily == AF_INET6;
     const ChainView& view = views[chain];
     if (v6 && !view.has6)
+        return "";
+    // While ufw or firewalld manages the firewall, a policy or a new rule
+    // is refused with the manager's command: nothing would change.
+    if (!ActiveManager(views).empty() &&
+        (std::holds_alternative<PolicyRequest>(req) || std::holds_alternative<RuleAddRequest>(req)))
         return "";
     FwChain c = static_cast<FwChain>(chain);
     Segment seg = SessionSegment(s, c);

@@ -41,7 +41,8 @@ Segment SessionSegment(const GuardSession& s, FwChain chain);
 
 // Why the request cuts the session ("the input chain would drop ..."), or
 // empty: a cut is a chain that accepts the session's segment now and would
-// not afterwards.
+// not afterwards. A policy or rule that another firewall manager's presence
+// keeps from being made is none.
 std::string FirewallCut(const ChainView views[2], const Request& req, const GuardSession& s);
 
 }  // namespace nvagent

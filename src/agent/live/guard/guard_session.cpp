@@ -234,7 +234,40 @@ bool ReadTcpSockets(TcpSockets& out) {
     return ok;
 }
 
-GuardSession FindGuardSessionIn(pid_t pid, const std::string& procRoot, const TcpSockets& socks) {
+namespace {
+
+GuardSession FindIn(pid_t pid, const std::string& procRoot, const TcpSockets& socks,
+                    bool followMultiplexer);
+
+// The session of a client of the multiplexer server (the same program)
+// attached from an SSH login, the most recently started one.
+bool AttachedClientSession(const std::string& procRoot, const ProcEntry& server,
+                           const TcpSockets& socks, GuardSession& s) {
+    DIR* d = opendir(procRoot.c_str());
+    if (d == nullptr)
+        return false;
+    unsigned long long newest = 0;
+    while (dirent* e = readdir(d)) {
+        if (e->d_name[0] < '1' || e->d_name[0] > '9')
+            continue;
+        ProcEntry p;
+        if (!ReadProc(procRoot, static_cast<pid_t>(atol(e->d_name)), p) || p.pid == server.pid ||
+            p.exe != server.exe || (s.bFound && p.start < newest))
+            continue;
+        GuardSession c = FindIn(p.pid, procRoot, socks, false);
+        if (c.bFound) {
+            c.iConsolePid = s.iConsolePid;
+            c.llConsoleStart = s.llConsoleStart;
+            s = c;
+            newest = p.start;
+        }
+    }
+    closedir(d);
+    return s.bFound;
+}
+
+GuardSession FindIn(pid_t pid, const std::string& procRoot, const TcpSockets& socks,
+                    bool followMultiplexer) {
     GuardSession s;
     ProcEntry cur;
     if (!ReadProc(procRoot, pid, cur))
@@ -243,15 +276,13 @@ GuardSession FindGuardSessionIn(pid_t pid, const std::string& procRoot, const Tc
     s.llConsoleStart = cur.start;
     std::map<uint64_t, pid_t> held;  // sockets of the SSH server processes met
     bool rootServer = false;
-    bool multiplexer = false;
     for (int depth = 0; depth < kMaxDepth; ++depth) {
         if (IsSshServer(cur)) {
             AddSocketInodes(procRoot, cur.pid, cur.uid == 0, held);
             rootServer = rootServer || cur.uid == 0;
         } else if (rootServer) {
             break;  // above the SSH server's own processes
-        } else if (IsMultiplexer(cur)) {
-            multiplexer = true;
+        } else if (followMultiplexer && IsMultiplexer(cur)) {
             break;
         }
         ProcEntry parent;
@@ -262,17 +293,21 @@ GuardSession FindGuardSessionIn(pid_t pid, const std::string& procRoot, const Tc
             break;
         cur = parent;
     }
-    if (!rootServer && !multiplexer)
+    if (rootServer) {
+        // The listener is among the ancestors: its ports are held too.
+        if (const TcpSocket* c = PickHeld(socks, held, ListeningPorts(socks, held)))
+            Fill(s, *c, held.at(c->llInode), procRoot);
+        return s;
+    }
+    if (!followMultiplexer || !IsMultiplexer(cur))
+        return s;
+    // Inside a multiplexer: an attached client's login, else the first
+    // connection to a port sshd listens on.
+    if (AttachedClientSession(procRoot, cur, socks, s))
         return s;
     std::map<uint64_t, pid_t> servers;
     SshServerSockets(procRoot, servers);
     std::set<uint16_t> sshPorts = ListeningPorts(socks, servers);
-    if (rootServer) {
-        if (const TcpSocket* c = PickHeld(socks, held, sshPorts))
-            Fill(s, *c, held.at(c->llInode), procRoot);
-        return s;
-    }
-    // Inside a multiplexer: the first connection to a port sshd listens on.
     for (const TcpSocket& c : socks.established) {
         auto it = servers.find(c.llInode);
         if (sshPorts.count(c.iLocalPort) != 0 && it != servers.end()) {
@@ -281,6 +316,12 @@ GuardSession FindGuardSessionIn(pid_t pid, const std::string& procRoot, const Tc
         }
     }
     return s;
+}
+
+}  // namespace
+
+GuardSession FindGuardSessionIn(pid_t pid, const std::string& procRoot, const TcpSockets& socks) {
+    return FindIn(pid, procRoot, socks, true);
 }
 
 GuardSession FindGuardSession(pid_t pid, const std::string& procRoot) {

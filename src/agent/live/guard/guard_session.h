@@ -31,8 +31,10 @@ struct GuardSession {
 
 // The session of the console process pid: its ancestors up to the SSH
 // server and that process's established TCP connection, or, where the chain
-// ends in a terminal multiplexer, the established connections to the ports
-// the SSH server listens on (the first one). procRoot is /proc but for tests.
+// ends in a terminal multiplexer, the session of the client of that
+// multiplexer most recently attached from an SSH login, else the
+// established connections to the ports the SSH server listens on (the
+// first one). procRoot is /proc but for tests.
 GuardSession FindGuardSession(pid_t pid, const std::string& procRoot = "/proc");
 
 // One TCP socket as sock_diag reports it; an IPv4-mapped IPv6 address is

@@ -25,6 +25,8 @@ double MonotonicSeconds() {
 const char* const kRefusalHead = "Cuts SSH session from ";
 const char* const kRefusalTail = "; send again in 60 s (F9) to confirm.";
 constexpr size_t kDetailMax = 78;
+// Refusals awaiting their repeat, at most.
+constexpr size_t kMaxRefusals = 64;
 
 std::string SessionText(const GuardSession& s) {
     bool v6 = s.iFamily == AF_INET6;
@@ -104,6 +106,15 @@ bool SessionGuard::Decide(short cmd, const std::string& payload, const GuardSess
         m_refused.erase(it);
         note = "carried out on confirmation; " + why;
         return false;
+    }
+    // A bounded memory: the oldest refusal makes room for a new one.
+    if (m_refused.size() >= kMaxRefusals) {
+        auto oldest = m_refused.begin();
+        for (auto i = m_refused.begin(); i != m_refused.end(); ++i) {
+            if (i->second < oldest->second)
+                oldest = i;
+        }
+        m_refused.erase(oldest);
     }
     m_refused[key] = now;
     r = Failed(RefusalDetail(s));
