@@ -308,8 +308,8 @@ void ChangeWatcher::Finish(Group& g, bool undo, const std::string& why) {
     }
     for (Item& it : g.items) {
         CmdResult r = m_run(it.change, false);
-        std::string note =
-            "kept: the change at " + Clock(it.change.tWhen) + " and the " + session + ": " + why;
+        std::string note = "kept: the change at " + Clock(it.change.tWhen) + ", watched over the " +
+                           session + ": " + why;
         if (r.iCode != em_ActSuccAll)
             note += "; it could not be saved: " + r.sDetail;
         r.sOldValues.clear();
