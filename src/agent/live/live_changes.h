@@ -45,6 +45,15 @@ bool RestoreFirewall(const std::string& dataDir, std::string& err);
 // interfaces/interfaces_change.cpp: the owning network manager's configuration.
 CmdResult ChangeInterface(const InterfaceRequest& q);
 CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q);
+// The same made live only, for the session guard: true when the change is
+// in force and waits in out for its commit (which writes the manager's
+// persistent configuration) or its undo, with the answer to send now in r;
+// false when nothing is pending (refused, nothing to change, or failed and
+// already undone), with the answer in r. out.sPayload is left to the
+// caller. Its recovery is undone by UndoInterfaceRecovery
+// (interfaces/interface_recovery.h).
+bool ChangeInterfaceDeferred(const InterfaceRequest& q, PendingChange& out, CmdResult& r);
+bool ChangeInterfaceDeferred(const InterfaceManualRequest& q, PendingChange& out, CmdResult& r);
 
 // live_ftp_change.cpp: the FTP server's configuration file and service.
 CmdResult ChangeFtpFlag(const FlagRequest& q, const std::string& dataDir);

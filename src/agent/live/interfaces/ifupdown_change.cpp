@@ -8,11 +8,18 @@
 // it is installed) and, where no tool owns it, into /etc/resolv.conf. A
 // failure puts the files back, brings the old configuration up again and
 // then repairs by hand what is still missing (addresses, routes, the DHCP
-// client).
+// client). The deferred form brings the interface up from a runtime copy
+// of the new stanza under /run (ifup -i) and writes the files at commit.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cctype>
+
 #include "agent/atomic_file.h"
 #include "agent/live/interfaces/cloud_init.h"
 #include "agent/live/interfaces/ifupdown_config.h"
 #include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_recovery.h"
 #include "agent/live/interfaces/interface_state.h"
 #include "agent/live/interfaces/live_resolv_conf.h"
 #include "agent/live/live_files.h"
@@ -106,6 +113,55 @@ CmdResult Reconfigure(const NetInterface& n, const std::string& stanza, bool up,
                   "; the old settings were put back.");
 }
 
+// Whether a word ip printed is safe on a line ifupdown runs through the
+// shell (addresses, numbers and keywords only).
+bool PlainWord(const std::string& w) {
+    if (w.empty())
+        return false;
+    for (char c : w) {
+        if (!isalnum(static_cast<unsigned char>(c)) &&
+            std::string(".:/_-").find(c) == std::string::npos)
+            return false;
+    }
+    return true;
+}
+
+// A stanza for an interface ifupdown adopts, keeping what it has now, so
+// that 52 and a later 53 (an ifup) bring it back as it was: DHCP when its
+// address is a lease or a DHCP client serves it; else its first address,
+// default gateway, further addresses and routes of its own ("up" lines);
+// no addressing when it has no address.
+std::string StanzaOfNow(const NetInterface& n) {
+    InterfaceSnapshot s = TakeSnapshot(n);
+    std::string head = "iface " + n.name + " inet ";
+    if (n.mode == kModeDynamic || !s.dhcpClient.empty())
+        return head + "dhcp\n";
+    if (n.ip.empty())
+        return head + "manual\n";
+    std::string own = n.ip + "/" + std::to_string(MaskPrefix(n.mask));
+    std::string stanza = head + "static\n    address " + n.ip + "\n    netmask " + n.mask + "\n";
+    if (!s.gateway.empty() && PlainWord(s.gateway))
+        stanza += "    gateway " + s.gateway + "\n";
+    for (const auto& a : s.addrs) {
+        if (a.size() >= 2 && a[1] != own && PlainWord(a[1]))
+            stanza += "    up ip -4 addr add " + a[1] + " dev " + n.name + "\n";
+    }
+    for (const auto& r : s.routes) {
+        bool kernel = false, plain = true;
+        for (size_t i = 0; i < r.size(); ++i) {
+            kernel = kernel || (r[i] == "proto" && i + 1 < r.size() && r[i + 1] == "kernel");
+            plain = plain && PlainWord(r[i]);
+        }
+        if (r.empty() || r[0] == "default" || kernel || !plain)
+            continue;
+        std::string line;
+        for (const std::string& w : r)
+            line += " " + w;
+        stanza += "    up ip -4 route replace" + line + " dev " + n.name + "\n";
+    }
+    return stanza;
+}
+
 // The interface's stanza now, empty when none.
 std::string CurrentStanza(const std::string& name) {
     std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
@@ -115,41 +171,174 @@ std::string CurrentStanza(const std::string& name) {
 
 }  // namespace
 
-CmdResult IfupdownChange(const NetInterface& n, short cmd) {
-    std::string stanza = CurrentStanza(n.name);
-    if (cmd == 54) {
-        if (stanza.find(" inet dhcp") != std::string::npos && n.mode == kModeDynamic)
-            return Unchanged(n.name + " already uses DHCP.");
-        return Reconfigure(n, "iface " + n.name + " inet dhcp\n", true, ResolvPlan());
-    }
-    // Down and up through ifdown and ifup, so that up brings back the
-    // addresses and routes of the stanza; the auto line for the next boot.
-    if (stanza.empty())
-        stanza = "iface " + n.name + " inet manual\n";
-    return Reconfigure(n, stanza, cmd == 53, ResolvPlan());
-}
+namespace {
 
-CmdResult IfupdownManual(const NetInterface& n, const InterfaceManualRequest& q) {
-    std::string stanza =
+// What a command makes of name's stanza: the new stanza, whether the
+// interface comes up, the resolv.conf plan; false with the answer in r
+// when nothing changes.
+bool Plan(const NetInterface& n, const InterfaceWanted& w, std::string& stanza, bool& up,
+          ResolvPlan& dns, CmdResult& r) {
+    stanza = CurrentStanza(n.name);
+    up = w.cmd != 52;
+    if (w.cmd == 54) {
+        if (stanza.find(" inet dhcp") != std::string::npos && n.mode == kModeDynamic) {
+            r = Unchanged(n.name + " already uses DHCP.");
+            return false;
+        }
+        stanza = "iface " + n.name + " inet dhcp\n";
+        return true;
+    }
+    if (w.cmd != 55) {
+        // Down and up through ifdown and ifup, so that up brings back the
+        // addresses and routes of the stanza; the auto line for the next
+        // boot.
+        if (stanza.empty())
+            stanza = StanzaOfNow(n);
+        return true;
+    }
+    const InterfaceManualRequest& q = w.manual;
+    std::string next =
         "iface " + n.name + " inet static\n    address " + q.ip + "\n    netmask " + q.mask + "\n";
     if (!q.gateway.empty())
-        stanza += "    gateway " + q.gateway + "\n";
+        next += "    gateway " + q.gateway + "\n";
     std::vector<std::string> servers = RequestedDns(q);
-    std::string dns;
+    std::string list;
     for (const std::string& s : servers)
-        dns += (dns.empty() ? "" : " ") + s;
-    if (!dns.empty())
-        stanza += "    dns-nameservers " + dns + "\n";
+        list += (list.empty() ? "" : " ") + s;
+    if (!list.empty())
+        next += "    dns-nameservers " + list + "\n";
     std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
     int at = StanzaFileIndex(files, n.name);
     std::string holder =
         at < 0 ? std::string(kIfupdownMainFile) : files[static_cast<size_t>(at)].path;
-    ResolvPlan plan = PlanResolvConf(servers, holder, false);
-    if (CurrentStanza(n.name) == stanza && n.ip == q.ip && n.mask == q.mask &&
-        n.mode == kModeStatic && n.up && !plan.write) {
-        return Unchanged(n.name + " already has these settings.");
+    dns = PlanResolvConf(servers, holder, false);
+    if (stanza == next && n.ip == q.ip && n.mask == q.mask && n.mode == kModeStatic && n.up &&
+        !dns.write) {
+        r = Unchanged(n.name + " already has these settings.");
+        return false;
     }
-    return Reconfigure(n, stanza, true, plan);
+    stanza = next;
+    return true;
+}
+
+const char* const kRuntimeDir = "/run/norvane";
+
+// The runtime copy of name's stanza that a deferred change brings the
+// interface up with (ifup -i), until its commit writes the stanza.
+std::string RuntimeCopy(const std::string& name) {
+    return std::string(kRuntimeDir) + "/ifupdown-" + name + ".interfaces";
+}
+
+}  // namespace
+
+CmdResult IfupdownChange(const NetInterface& n, short cmd) {
+    InterfaceWanted w;
+    w.cmd = cmd;
+    std::string stanza;
+    bool up = false;
+    ResolvPlan dns;
+    CmdResult r;
+    if (!Plan(n, w, stanza, up, dns, r))
+        return r;
+    return Reconfigure(n, stanza, up, dns);
+}
+
+CmdResult IfupdownManual(const NetInterface& n, const InterfaceManualRequest& q) {
+    InterfaceWanted w;
+    w.cmd = 55;
+    w.manual = q;
+    std::string stanza;
+    bool up = false;
+    ResolvPlan dns;
+    CmdResult r;
+    if (!Plan(n, w, stanza, up, dns, r))
+        return r;
+    return Reconfigure(n, stanza, up, dns);
+}
+
+bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
+                      CmdResult& r) {
+    std::string stanza;
+    bool up = false;
+    ResolvPlan dns;
+    if (!Plan(n, w, stanza, up, dns, r))
+        return false;
+    InterfaceRecovery rec;
+    rec.owner = "ifupdown";
+    rec.cmd = w.cmd;
+    rec.before = TakeSnapshot(n);
+    rec.ifupdownCopy = RuntimeCopy(n.name);
+    rec.files.push_back(FileAsItIs(rec.ifupdownCopy));
+    if (w.cmd == 54 || w.cmd == 55)
+        rec.files.push_back(FileAsItIs(kResolvConfPath));
+    std::string why;
+    mkdir(kRuntimeDir, 0700);
+    if (!WriteFileAtomically(rec.ifupdownCopy, stanza, why)) {
+        r = Failed("Could not write " + rec.ifupdownCopy + ": " + why + ".");
+        return false;
+    }
+    // Down with the configuration it was brought up with, then up with
+    // the runtime copy; /etc/network stays as it is.
+    Ifdown(n.name);
+    StopDhcpClient(n.name);
+    RunIp({"-4", "addr", "flush", "dev", n.name}, why);
+    bool done = false;
+    if (up) {
+        ToolRun run = RunTool({"ifup", "-i", rec.ifupdownCopy, "--", n.name}, "", kIfupLimitMs);
+        done = run.Ok() ? RunIp({"link", "set", "dev", n.name, "up"}, why)
+                        : (why = run.Why("ifup"), false);
+    } else {
+        done = RunIp({"link", "set", "dev", n.name, "down"}, why);
+    }
+    if (!done || !ApplyResolvPlan(dns, why)) {
+        UndoInterfaceChange(rec);
+        r = Failed(n.name + " could not be configured: " + why +
+                   "; the old settings were put back.");
+        return false;
+    }
+    r = {em_ActSuccAll, dns.note};
+    std::string name = n.name, copy = rec.ifupdownCopy;
+    MakePending(
+        rec,
+        [name, stanza, up, copy]() {
+            std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
+            if (files.empty())
+                return Failed(std::string("Could not read ") + kIfupdownMainFile + ".");
+            std::vector<IfupdownFile> next = WithIfaceIn(files, name, stanza, up);
+            int at = StanzaFileIndex(next, name);
+            const IfupdownFile& holder = next[static_cast<size_t>(at < 0 ? 0 : at)];
+            bool cloudInit = CloudInitGenerated(holder.path, holder.text);
+            bool wroteSwitch = false;
+            std::string err;
+            if (cloudInit && !DisableCloudInitNetwork(&wroteSwitch, err))
+                return Failed(std::string("Could not write ") + kCloudInitDisableFile + ": " + err +
+                              ".");
+            if (!WriteChanged(files, next, err)) {
+                UndoCloudInitNetwork(wroteSwitch);
+                return Failed(name + "'s stanza was not saved: " + err + ".");
+            }
+            unlink(copy.c_str());
+            return CmdResult(em_ActSuccAll, cloudInit ? CloudInitNote(holder.path) : "");
+        },
+        out);
+    return true;
+}
+
+void IfupdownUndo(const InterfaceRecovery& rec) {
+    const std::string& name = rec.before.iface.name;
+    // What ifup started from the runtime copy ends with it (a DHCP client
+    // releases its lease); the old stanza comes up again as ifupdown
+    // would, then what is still missing by hand.
+    struct stat st {};
+    if (!rec.ifupdownCopy.empty() && stat(rec.ifupdownCopy.c_str(), &st) == 0)
+        RunTool({"ifdown", "--force", "-i", rec.ifupdownCopy, "--", name}, "", kIfupLimitMs);
+    if (DhcpClientOf(name) != rec.before.dhcpClient)
+        StopDhcpClient(name);
+    PutFilesBack(rec.files);
+    std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
+    if (rec.before.iface.up && StanzaFileIndex(files, name) >= 0)
+        RunTool({"ifup", "--", name}, "", kIfupLimitMs);
+    RestoreSnapshot(rec.before);
 }
 
 }  // namespace nvagent

@@ -8,8 +8,39 @@
 #include <functional>
 
 #include "agent/commands/requests.h"
+#include "agent/live/guard/pending_change.h"
 
 namespace nvagent {
+
+struct InterfaceRecovery;
+
+// One of 52 to 55 for the deferred forms: the command, and for 55 the
+// addressing asked for.
+struct InterfaceWanted {
+    short cmd = 0;
+    InterfaceManualRequest manual;
+};
+
+// The deferred forms (one in each manager's file): the change made live
+// through the manager's runtime layer, nothing persistent written until
+// out.commit; true with the answer in r and out filled, else false with
+// the answer in r (nothing to do, or a failure already undone).
+bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
+                      CmdResult& r);
+bool NetworkdDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
+                      CmdResult& r);
+bool NetplanDeferred(const NetInterface& n, const InterfaceWanted& w, const std::string& file,
+                     PendingChange& out, CmdResult& r);
+bool NetworkManagerDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
+                            CmdResult& r);
+bool UnmanagedDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
+                       CmdResult& r);
+// Their undos (interface_recovery.h), from the recovery alone.
+void IfupdownUndo(const InterfaceRecovery& rec);
+void NetworkdUndo(const InterfaceRecovery& rec);
+void NetplanUndo(const InterfaceRecovery& rec);
+void NetworkManagerUndo(const InterfaceRecovery& rec);
+void UnmanagedUndo(const InterfaceRecovery& rec);
 
 // ifupdown_change.cpp: the stanza where it is, ifdown/ifup.
 CmdResult IfupdownChange(const NetInterface& n, short cmd);

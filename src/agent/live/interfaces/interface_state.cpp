@@ -48,9 +48,11 @@ bool IsRouteFlag(const std::string& w) {
     return kFlags.count(w) > 0;
 }
 
-std::vector<std::vector<std::string>> Addresses(const std::string& name) {
+// The addresses of one family ("-4" or "-6") as "ip addr add" arguments;
+// IPv6 link-local addresses are left out (the kernel makes them itself).
+std::vector<std::vector<std::string>> Addresses(const std::string& name, const char* family) {
     std::vector<std::vector<std::string>> out;
-    ToolRun run = RunTool({"ip", "-4", "-o", "addr", "show", "dev", name}, "", kIpLimitMs);
+    ToolRun run = RunTool({"ip", family, "-o", "addr", "show", "dev", name}, "", kIpLimitMs);
     if (!run.Ok())
         return out;
     std::istringstream in(run.sOut);
@@ -59,8 +61,8 @@ std::vector<std::vector<std::string>> Addresses(const std::string& name) {
         std::vector<std::string> w = SplitWords(line);
         std::vector<std::string> a;
         for (size_t i = 0; i + 1 < w.size(); ++i) {
-            if (w[i] == "inet" || w[i] == "brd" || w[i] == "scope")
-                a.insert(a.end(), {w[i] == "inet" ? "local" : w[i], w[i + 1]});
+            if (w[i] == "inet" || w[i] == "inet6" || w[i] == "brd" || w[i] == "scope")
+                a.insert(a.end(), {w[i] == "brd" || w[i] == "scope" ? w[i] : "local", w[i + 1]});
             // A lease keeps its remaining lifetime, so that it still
             // expires unless its client renews it.
             if ((w[i] == "valid_lft" || w[i] == "preferred_lft") && w[i + 1] != "forever") {
@@ -70,15 +72,18 @@ std::vector<std::vector<std::string>> Addresses(const std::string& name) {
                 a.insert(a.end(), {w[i], secs});
             }
         }
-        if (!a.empty())
+        bool linkLocal = std::find(w.begin(), w.end(), "inet6") != w.end() &&
+                         std::find(w.begin(), w.end(), "link") != w.end();
+        if (!a.empty() && !linkLocal)
             out.push_back(a);
     }
     return out;
 }
 
-std::vector<std::vector<std::string>> Routes(const std::string& name) {
+// The routes of one family through name as "ip route replace" arguments.
+std::vector<std::vector<std::string>> Routes(const std::string& name, const char* family) {
     std::vector<std::vector<std::string>> out;
-    ToolRun run = RunTool({"ip", "-4", "route", "show", "dev", name}, "", kIpLimitMs);
+    ToolRun run = RunTool({"ip", family, "route", "show", "dev", name}, "", kIpLimitMs);
     if (!run.Ok())
         return out;
     std::istringstream in(run.sOut);
@@ -89,7 +94,8 @@ std::vector<std::vector<std::string>> Routes(const std::string& name) {
             if (!IsRouteFlag(w))
                 r.push_back(w);
         }
-        if (!r.empty())
+        // fe80::/64 and the like come back with the link itself.
+        if (!r.empty() && r[0].compare(0, 5, "fe80:") != 0)
             out.push_back(r);
     }
     return out;
@@ -134,6 +140,48 @@ pid_t DhcpClient(const std::string& name, std::vector<std::string>& argv) {
         }
         return false;
     });
+}
+
+// The addresses of one family back as they were, when they differ now
+// (IPv6: the global ones only, the link-local address stays).
+void RestoreAddresses(const std::string& name, const char* family,
+                      const std::vector<std::vector<std::string>>& was) {
+    std::set<std::string> had, has;
+    for (const auto& a : was)
+        had.insert(LocalOf(a));
+    for (const auto& a : Addresses(name, family))
+        has.insert(LocalOf(a));
+    if (had == has)
+        return;
+    std::string ignored;
+    std::vector<std::string> flush = {family, "addr", "flush", "dev", name};
+    if (std::string(family) == "-6")
+        flush.insert(flush.end(), {"scope", "global"});
+    RunIp(flush, ignored);
+    for (const auto& a : was) {
+        std::vector<std::string> args = {family, "addr", "add"};
+        args.insert(args.end(), a.begin(), a.end());
+        args.insert(args.end(), {"dev", name});
+        // In use until just now: no duplicate detection to wait for.
+        if (std::string(family) == "-6")
+            args.push_back("nodad");
+        RunIp(args, ignored);
+    }
+}
+
+// The routes of one family that are missing now, put back.
+void RestoreRoutes(const std::string& name, const char* family,
+                   const std::vector<std::vector<std::string>>& was) {
+    std::vector<std::vector<std::string>> routes = Routes(name, family);
+    std::string ignored;
+    for (const auto& r : was) {
+        if (std::find(routes.begin(), routes.end(), r) != routes.end())
+            continue;
+        std::vector<std::string> args = {family, "route", "replace"};
+        args.insert(args.end(), r.begin(), r.end());
+        args.insert(args.end(), {"dev", name});
+        RunIp(args, ignored);
+    }
 }
 
 }  // namespace
@@ -208,8 +256,10 @@ InterfaceSnapshot TakeSnapshot(const NetInterface& n) {
     InterfaceSnapshot s;
     s.iface = n;
     s.gateway = DefaultGateway(n.name);
-    s.addrs = Addresses(n.name);
-    s.routes = Routes(n.name);
+    s.addrs = Addresses(n.name, "-4");
+    s.routes = Routes(n.name, "-4");
+    s.addrs6 = Addresses(n.name, "-6");
+    s.routes6 = Routes(n.name, "-6");
     s.dhcpClient = DhcpClientOf(n.name);
     return s;
 }
@@ -222,30 +272,10 @@ void RestoreSnapshot(const InterfaceSnapshot& s) {
     std::string ignored;
     if (now.up != old.up)
         RunIp({"link", "set", "dev", old.name, old.up ? "up" : "down"}, ignored);
-    std::vector<std::vector<std::string>> addrs = Addresses(old.name);
-    std::set<std::string> had, has;
-    for (const auto& a : s.addrs)
-        had.insert(LocalOf(a));
-    for (const auto& a : addrs)
-        has.insert(LocalOf(a));
-    if (had != has) {
-        RunIp({"-4", "addr", "flush", "dev", old.name}, ignored);
-        for (const auto& a : s.addrs) {
-            std::vector<std::string> args = {"-4", "addr", "add"};
-            args.insert(args.end(), a.begin(), a.end());
-            args.insert(args.end(), {"dev", old.name});
-            RunIp(args, ignored);
-        }
-    }
-    std::vector<std::vector<std::string>> routes = Routes(old.name);
-    for (const auto& r : s.routes) {
-        if (std::find(routes.begin(), routes.end(), r) != routes.end())
-            continue;
-        std::vector<std::string> args = {"-4", "route", "replace"};
-        args.insert(args.end(), r.begin(), r.end());
-        args.insert(args.end(), {"dev", old.name});
-        RunIp(args, ignored);
-    }
+    RestoreAddresses(old.name, "-4", s.addrs);
+    RestoreAddresses(old.name, "-6", s.addrs6);
+    RestoreRoutes(old.name, "-4", s.routes);
+    RestoreRoutes(old.name, "-6", s.routes6);
     // The client goes on renewing the lease; "-nw": it does not wait for
     // one before going to the background.
     if (!s.dhcpClient.empty() && DhcpClientOf(old.name).empty()) {

@@ -26,14 +26,17 @@ bool RunIp(const std::vector<std::string>& args, std::string& err);
 // The gateway of name's IPv4 default route, or empty.
 std::string DefaultGateway(const std::string& name);
 
-// An interface as it was before a change: link state, every IPv4 address
-// (a lease with its remaining lifetime), every IPv4 route through it, and
-// the command line of the DHCP client serving it (empty when none runs).
+// An interface as it was before a change: link state, every IPv4 and
+// global IPv6 address (a lease with its remaining lifetime), every route
+// through it, and the command line of the DHCP client serving it (empty
+// when none runs).
 struct InterfaceSnapshot {
     NetInterface iface;
     std::string gateway;
     std::vector<std::vector<std::string>> addrs;   // "ip addr add" arguments, dev excluded
     std::vector<std::vector<std::string>> routes;  // "ip route replace" arguments, dev excluded
+    std::vector<std::vector<std::string>> addrs6;  // the same for IPv6
+    std::vector<std::vector<std::string>> routes6;
     std::vector<std::string> dhcpClient;
 };
 InterfaceSnapshot TakeSnapshot(const NetInterface& n);

@@ -53,19 +53,62 @@ std::vector<std::string> RequestedDns(const InterfaceManualRequest& q) {
     return dns;
 }
 
+namespace {
+
+// The interface of a 52-54 request and its owner; false with the answer
+// in r when there is nothing to do or it cannot be done.
+bool Prepare(const InterfaceRequest& q, NetInterface& n, Ownership& o, CmdResult& r) {
+    if (!FindInterface(q.name, n, r))
+        return false;
+    if (q.cmd == 54 && n.name == "lo") {
+        r = Invalid("The loopback interface cannot use DHCP.");
+        return false;
+    }
+    if (q.cmd == 52 && !n.up) {
+        r = Unchanged(n.name + " is already down.");
+        return false;
+    }
+    if (q.cmd == 53 && n.up) {
+        r = Unchanged(n.name + " is already up.");
+        return false;
+    }
+    return Owner(n, o, r);
+}
+
+// The same for 55.
+bool Prepare(const InterfaceManualRequest& q, NetInterface& n, Ownership& o, CmdResult& r) {
+    if (!FindInterface(q.name, n, r))
+        return false;
+    if (n.name == "lo") {
+        r = Invalid("The loopback interface keeps its fixed address.");
+        return false;
+    }
+    return Owner(n, o, r);
+}
+
+bool Deferred(const NetInterface& n, const Ownership& o, const InterfaceWanted& w,
+              PendingChange& out, CmdResult& r) {
+    switch (o.owner) {
+        case IfaceOwner::kNetworkd:
+            return NetworkdDeferred(n, w, out, r);
+        case IfaceOwner::kIfupdown:
+            return IfupdownDeferred(n, w, out, r);
+        case IfaceOwner::kNetworkManager:
+            return NetworkManagerDeferred(n, w, out, r);
+        case IfaceOwner::kNetplan:
+            return NetplanDeferred(n, w, o.file, out, r);
+        default:
+            return UnmanagedDeferred(n, w, out, r);
+    }
+}
+
+}  // namespace
+
 CmdResult ChangeInterface(const InterfaceRequest& q) {
     NetInterface n;
     CmdResult r;
-    if (!FindInterface(q.name, n, r))
-        return r;
-    if (q.cmd == 54 && n.name == "lo")
-        return Invalid("The loopback interface cannot use DHCP.");
-    if (q.cmd == 52 && !n.up)
-        return Unchanged(n.name + " is already down.");
-    if (q.cmd == 53 && n.up)
-        return Unchanged(n.name + " is already up.");
     Ownership o;
-    if (!Owner(n, o, r))
+    if (!Prepare(q, n, o, r))
         return r;
     switch (o.owner) {
         case IfaceOwner::kNetworkd:
@@ -84,12 +127,8 @@ CmdResult ChangeInterface(const InterfaceRequest& q) {
 CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q) {
     NetInterface n;
     CmdResult r;
-    if (!FindInterface(q.name, n, r))
-        return r;
-    if (n.name == "lo")
-        return Invalid("The loopback interface keeps its fixed address.");
     Ownership o;
-    if (!Owner(n, o, r))
+    if (!Prepare(q, n, o, r))
         return r;
     switch (o.owner) {
         case IfaceOwner::kNetworkd:
@@ -103,6 +142,27 @@ CmdResult ChangeInterfaceManual(const InterfaceManualRequest& q) {
         default:
             return UnmanagedManual(n, q);
     }
+}
+
+bool ChangeInterfaceDeferred(const InterfaceRequest& q, PendingChange& out, CmdResult& r) {
+    NetInterface n;
+    Ownership o;
+    if (!Prepare(q, n, o, r))
+        return false;
+    InterfaceWanted w;
+    w.cmd = q.cmd;
+    return Deferred(n, o, w, out, r);
+}
+
+bool ChangeInterfaceDeferred(const InterfaceManualRequest& q, PendingChange& out, CmdResult& r) {
+    NetInterface n;
+    Ownership o;
+    if (!Prepare(q, n, o, r))
+        return false;
+    InterfaceWanted w;
+    w.cmd = 55;
+    w.manual = q;
+    return Deferred(n, o, w, out, r);
 }
 
 }  // namespace nvagent

@@ -8,16 +8,19 @@
 // then shows exactly the requested addressing. A file cloud-init generated
 // is taken over as cloud-init documents (cloud_init.h). Any failure puts
 // netplan's files back, generates and reloads again, and restores the
-// interface as it was.
+// interface as it was. The deferred form runs netplan set on a scratch
+// copy and puts the files it changes in /run/netplan until the commit.
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <map>
 
 #include "agent/atomic_file.h"
 #include "agent/live/interfaces/cloud_init.h"
 #include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_recovery.h"
 #include "agent/live/interfaces/interface_state.h"
 #include "agent/live/interfaces/network_daemons.h"
 #include "agent/live/live_files.h"
@@ -44,21 +47,25 @@ bool Netplan(const std::vector<std::string>& args, std::string& out, std::string
     return false;
 }
 
-// The .yaml files of /etc/netplan and their texts.
-std::map<std::string, std::string> EtcFiles() {
+// The .yaml files of a directory and their texts.
+std::map<std::string, std::string> YamlFiles(const std::string& dir) {
     std::map<std::string, std::string> files;
-    DIR* d = opendir(kNetplanEtc);
+    DIR* d = opendir(dir.c_str());
     if (d == nullptr)
         return files;
     while (dirent* e = readdir(d)) {
         std::string n = e->d_name;
         std::string text;
         if (n.size() > 5 && n.compare(n.size() - 5, 5, ".yaml") == 0 &&
-            ReadTextFile(std::string(kNetplanEtc) + "/" + n, text))
-            files[std::string(kNetplanEtc) + "/" + n] = text;
+            ReadTextFile(dir + "/" + n, text))
+            files[dir + "/" + n] = text;
     }
     closedir(d);
     return files;
+}
+
+std::map<std::string, std::string> EtcFiles() {
+    return YamlFiles(kNetplanEtc);
 }
 
 // /etc/netplan as it was: changed files written back, new ones removed.
@@ -109,14 +116,25 @@ bool Activate(const NetInterface& n, short cmd, const Wanted& wanted, std::strin
 
 // Sets the interface's keys (a flow mapping) with netplan set, the
 // addressing keys cleared first when clear is set.
-bool Set(const std::string& name, const std::string& mapping, bool clear, std::string& why) {
+// root: netplan's files under another root directory (a scratch copy).
+bool Set(const std::string& name, const std::string& mapping, bool clear, std::string& why,
+         const std::string& root = std::string()) {
     std::string out;
     std::string key = "ethernets." + name;
-    if (clear && !Netplan({"set", key + "={addresses: null, routes: null, dhcp4: null, gateway4: "
-                                        "null, nameservers: null}"},
-                          out, why))
+    std::vector<std::string> at;
+    if (!root.empty())
+        at = {"--root-dir", root};
+    std::vector<std::string> first = {"set"};
+    first.insert(first.end(), at.begin(), at.end());
+    first.push_back(key +
+                    "={addresses: null, routes: null, dhcp4: null, gateway4: null, nameservers: "
+                    "null}");
+    if (clear && !Netplan(first, out, why))
         return false;
-    return Netplan({"set", key + "=" + mapping}, out, why);
+    std::vector<std::string> second = {"set"};
+    second.insert(second.end(), at.begin(), at.end());
+    second.push_back(key + "=" + mapping);
+    return Netplan(second, out, why);
 }
 
 CmdResult Apply(const NetInterface& n, short cmd, const std::string& file,
@@ -151,24 +169,34 @@ CmdResult Apply(const NetInterface& n, short cmd, const std::string& file,
 
 }  // namespace
 
-CmdResult NetplanChange(const NetInterface& n, short cmd, const std::string& file) {
-    if (cmd == 54) {
+namespace {
+
+// What a command sets (a flow mapping, the old addressing cleared first or
+// not) and the kernel state that shows it done; false with the answer in r
+// when nothing changes.
+bool Plan(const NetInterface& n, const InterfaceWanted& w, std::string& mapping, bool& clear,
+          Wanted& wanted, CmdResult& r) {
+    clear = w.cmd == 54 || w.cmd == 55;
+    if (w.cmd == 54) {
         std::string out, why;
         Netplan({"get", "ethernets." + n.name + ".dhcp4"}, out, why);
-        if (SplitLines(out) == std::vector<std::string>{"true"} && n.mode == kModeDynamic)
-            return Unchanged(n.name + " already uses DHCP.");
-        return Apply(n, cmd, file, "{dhcp4: true, activation-mode: null}", true,
-                     [](const NetInterface& i) { return i.mode == kModeDynamic && !i.ip.empty(); });
+        if (SplitLines(out) == std::vector<std::string>{"true"} && n.mode == kModeDynamic) {
+            r = Unchanged(n.name + " already uses DHCP.");
+            return false;
+        }
+        mapping = "{dhcp4: true, activation-mode: null}";
+        wanted = [](const NetInterface& i) { return i.mode == kModeDynamic && !i.ip.empty(); };
+        return true;
     }
-    bool up = cmd == 53;
-    return Apply(n, cmd, file, up ? "{activation-mode: null}" : "{activation-mode: \"off\"}", false,
-                 [up](const NetInterface& i) { return i.up == up; });
-}
-
-CmdResult NetplanManual(const NetInterface& n, const InterfaceManualRequest& q,
-                        const std::string& file) {
+    if (w.cmd != 55) {
+        bool up = w.cmd == 53;
+        mapping = up ? "{activation-mode: null}" : "{activation-mode: \"off\"}";
+        wanted = [up](const NetInterface& i) { return i.up == up; };
+        return true;
+    }
+    const InterfaceManualRequest& q = w.manual;
     std::string address = q.ip + "/" + std::to_string(MaskPrefix(q.mask));
-    std::string mapping = "{dhcp4: false, activation-mode: null, addresses: [\"" + address + "\"]";
+    mapping = "{dhcp4: false, activation-mode: null, addresses: [\"" + address + "\"]";
     if (!q.gateway.empty())
         mapping += ", routes: [{to: default, via: \"" + q.gateway + "\"}]";
     std::string dns;
@@ -178,10 +206,186 @@ CmdResult NetplanManual(const NetInterface& n, const InterfaceManualRequest& q,
         mapping += ", nameservers: {addresses: [" + dns + "]}";
     mapping += "}";
     std::string ip = q.ip, mask = q.mask, gateway = q.gateway;
-    return Apply(n, 55, file, mapping, true, [ip, mask, gateway](const NetInterface& i) {
+    wanted = [ip, mask, gateway](const NetInterface& i) {
         return i.up && i.ip == ip && i.mask == mask &&
                (gateway.empty() || DefaultGateway(i.name) == gateway);
-    });
+    };
+    return true;
+}
+
+const char* const kNetplanRun = "/run/netplan";
+const char* const kNetplanLib = "/lib/netplan";
+
+// Copies the .yaml files of dir to root + dir.
+bool CopyInto(const std::string& root, const std::string& dir, std::string& err) {
+    mkdir((root + dir.substr(0, dir.find('/', 1))).c_str(), 0700);
+    mkdir((root + dir).c_str(), 0700);
+    for (const auto& f : YamlFiles(dir)) {
+        if (!WriteFileAtomically(root + f.first, f.second, err))
+            return false;
+    }
+    return true;
+}
+
+// The files of the three directories under root, named as on the machine.
+std::map<std::string, std::string> ScratchFiles(const std::string& root, const char* dir) {
+    std::map<std::string, std::string> out;
+    for (const auto& f : YamlFiles(root + dir))
+        out[f.first.substr(root.size())] = f.second;
+    return out;
+}
+
+void RemoveScratch(const std::string& root) {
+    for (const char* dir : {kNetplanLib, kNetplanEtc, kNetplanRun}) {
+        for (const auto& f : YamlFiles(root + dir))
+            unlink(f.first.c_str());
+        rmdir((root + dir).c_str());
+        std::string top = root + std::string(dir).substr(0, std::string(dir).find('/', 1));
+        rmdir(top.c_str());
+    }
+    rmdir(root.c_str());
+}
+
+}  // namespace
+
+CmdResult NetplanChange(const NetInterface& n, short cmd, const std::string& file) {
+    InterfaceWanted w;
+    w.cmd = cmd;
+    std::string mapping;
+    bool clear = false;
+    Wanted wanted;
+    CmdResult r;
+    if (!Plan(n, w, mapping, clear, wanted, r))
+        return r;
+    return Apply(n, cmd, file, mapping, clear, wanted);
+}
+
+CmdResult NetplanManual(const NetInterface& n, const InterfaceManualRequest& q,
+                        const std::string& file) {
+    InterfaceWanted w;
+    w.cmd = 55;
+    w.manual = q;
+    std::string mapping;
+    bool clear = false;
+    Wanted wanted;
+    CmdResult r;
+    if (!Plan(n, w, mapping, clear, wanted, r))
+        return r;
+    return Apply(n, 55, file, mapping, clear, wanted);
+}
+
+bool NetplanDeferred(const NetInterface& n, const InterfaceWanted& w, const std::string& file,
+                     PendingChange& out, CmdResult& r) {
+    std::string mapping, why, text;
+    bool clear = false;
+    Wanted wanted;
+    if (!Plan(n, w, mapping, clear, wanted, r))
+        return false;
+    if (!Netplan({"get", "ethernets." + n.name}, text, why)) {
+        r = Failed(n.name + " could not be read from netplan: " + why + ".");
+        return false;
+    }
+    if (SplitLines(text) == std::vector<std::string>{"null"}) {
+        r = Failed(n.name + " is defined in " + file +
+                   " other than as an ethernet of that name; change it there.");
+        return false;
+    }
+    // netplan set on a scratch copy of its files shows what the change
+    // makes of /etc/netplan; each file it changes is put in /run/netplan
+    // under the same name (which hides /etc's) until the commit.
+    char tmpl[] = "/run/norvane-netplan.XXXXXX";
+    if (mkdtemp(tmpl) == nullptr) {
+        r = Failed("Could not make a scratch directory for netplan.");
+        return false;
+    }
+    std::string root = tmpl;
+    bool copied = true;
+    for (const char* dir : {kNetplanLib, kNetplanEtc, kNetplanRun})
+        copied = copied && CopyInto(root, dir, why);
+    bool set = copied && Set(n.name, mapping, clear, why, root);
+    std::map<std::string, std::string> etcNext = ScratchFiles(root, kNetplanEtc);
+    bool elsewhere = ScratchFiles(root, kNetplanLib) != YamlFiles(kNetplanLib) ||
+                     ScratchFiles(root, kNetplanRun) != YamlFiles(kNetplanRun);
+    RemoveScratch(root);
+    if (!set) {
+        r = Failed(n.name + " could not be configured: " + why + "; nothing was changed.");
+        return false;
+    }
+    if (elsewhere) {
+        r = Failed(n.name + " is configured outside " + std::string(kNetplanEtc) +
+                   "; change it there.");
+        return false;
+    }
+    std::map<std::string, std::string> etcNow = EtcFiles();
+    std::map<std::string, std::string> runtime;  // /run/netplan path -> text
+    for (const auto& f : etcNext) {
+        auto was = etcNow.find(f.first);
+        if (was == etcNow.end() || was->second != f.second)
+            runtime[std::string(kNetplanRun) + f.first.substr(strlen(kNetplanEtc))] = f.second;
+    }
+    for (const auto& f : etcNow) {
+        if (etcNext.count(f.first) == 0)
+            runtime[std::string(kNetplanRun) + f.first.substr(strlen(kNetplanEtc))] =
+                "network:\n  version: 2\n";
+    }
+    InterfaceRecovery rec;
+    rec.owner = "netplan";
+    rec.cmd = w.cmd;
+    rec.before = TakeSnapshot(n);
+    for (const auto& f : runtime)
+        rec.files.push_back(FileAsItIs(f.first));
+    mkdir(kNetplanRun, 0755);
+    bool done = true;
+    for (const auto& f : runtime) {
+        done = done && WriteFileAtomically(f.first, f.second, why);
+        chmod(f.first.c_str(), 0600);
+    }
+    if (!done || !Activate(n, w.cmd, wanted, why)) {
+        UndoInterfaceChange(rec);
+        r = Failed(n.name + " could not be configured: " + why +
+                   "; the old settings were put back.");
+        return false;
+    }
+    r = Done();
+    MakePending(
+        rec,
+        [etcNext, etcNow, runtime, file]() {
+            std::string fileText, e;
+            ReadTextFile(file, fileText);
+            bool cloudInit = CloudInitGenerated(file, fileText);
+            bool wroteSwitch = false;
+            if (cloudInit && !DisableCloudInitNetwork(&wroteSwitch, e))
+                return Failed(std::string("Could not write ") + kCloudInitDisableFile + ": " + e +
+                              ".");
+            for (const auto& f : etcNext) {
+                auto was = etcNow.find(f.first);
+                if (was != etcNow.end() && was->second == f.second)
+                    continue;
+                if (!WriteFileAtomically(f.first, f.second, e)) {
+                    PutBack(etcNow);
+                    UndoCloudInitNetwork(wroteSwitch);
+                    return Failed("Could not write " + f.first + ": " + e + ".");
+                }
+                chmod(f.first.c_str(), 0600);
+            }
+            for (const auto& f : etcNow) {
+                if (etcNext.count(f.first) == 0)
+                    unlink(f.first.c_str());
+            }
+            for (const auto& f : runtime)
+                unlink(f.first.c_str());
+            return CmdResult(em_ActSuccAll, cloudInit ? CloudInitNote(file) : "");
+        },
+        out);
+    return true;
+}
+
+void NetplanUndo(const InterfaceRecovery& rec) {
+    PutFilesBack(rec.files);
+    std::string out, ignored;
+    if (Netplan({"generate"}, out, ignored) && Networkctl({"reload"}, ignored))
+        WaitForOldState(rec.before.iface, kRestoreWaitMs);
+    RestoreSnapshot(rec.before);
 }
 
 }  // namespace nvagent

@@ -4,7 +4,8 @@
 // the kernel shows the result (a lease, the address, the link state). Any
 // failure (networkctl cannot reach networkd, no lease in time, ...) puts
 // the old file back (or removes the new one), reloads again and restores
-// the old addresses and link state.
+// the old addresses and link state. The deferred form writes the same text
+// under /run/systemd/network first and moves it to /etc at commit.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 
 #include "agent/atomic_file.h"
 #include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_recovery.h"
 #include "agent/live/interfaces/interface_state.h"
 #include "agent/live/interfaces/live_resolv_conf.h"
 #include "agent/live/interfaces/networkd_config.h"
@@ -116,44 +118,150 @@ NetworkdSettings Current(const NetInterface& n, bool& fromFile) {
 
 }  // namespace
 
-CmdResult NetworkdChange(const NetInterface& n, short cmd) {
+namespace {
+
+// What a command makes of the agent's settings of n, the kernel state
+// that shows it done and the resolv.conf plan; false with the answer in r
+// when nothing changes.
+bool Plan(const NetInterface& n, const InterfaceWanted& w, NetworkdSettings& next, Wanted& wanted,
+          ResolvPlan& dns, CmdResult& r) {
     bool fromFile = false;
-    NetworkdSettings next = Current(n, fromFile);
-    if (cmd == 54) {
-        if (fromFile && next.dhcp && n.mode == kModeDynamic)
-            return Unchanged(n.name + " already uses DHCP.");
+    NetworkdSettings now = Current(n, fromFile);
+    if (w.cmd == 54) {
+        if (fromFile && now.dhcp && n.mode == kModeDynamic) {
+            r = Unchanged(n.name + " already uses DHCP.");
+            return false;
+        }
         next = NetworkdSettings();
         next.dhcp = true;
-        return Apply(
-            n, next, cmd,
-            [](const NetInterface& i) { return i.mode == kModeDynamic && !i.ip.empty(); },
-            ResolvPlan());
+        wanted = [](const NetInterface& i) { return i.mode == kModeDynamic && !i.ip.empty(); };
+        return true;
     }
-    bool up = cmd == 53;
-    next.up = up;
-    return Apply(
-        n, next, cmd, [up](const NetInterface& i) { return i.up == up; }, ResolvPlan());
-}
-
-CmdResult NetworkdManual(const NetInterface& n, const InterfaceManualRequest& q) {
-    NetworkdSettings next;
+    if (w.cmd != 55) {
+        bool up = w.cmd == 53;
+        next = now;
+        next.up = up;
+        wanted = [up](const NetInterface& i) { return i.up == up; };
+        return true;
+    }
+    const InterfaceManualRequest& q = w.manual;
+    next = NetworkdSettings();
     next.address = q.ip + "/" + std::to_string(MaskPrefix(q.mask));
     next.gateway = q.gateway;
     next.dns = RequestedDns(q);
-    std::string path = NetworkdFilePath(n.name);
-    ResolvPlan plan = PlanResolvConf(next.dns, path, true);
-    bool fromFile = false;
-    NetworkdSettings now = Current(n, fromFile);
-    if (fromFile && now == next && n.ip == q.ip && n.mask == q.mask && n.up && !plan.write)
-        return Unchanged(n.name + " already has these settings.");
+    dns = PlanResolvConf(next.dns, NetworkdFilePath(n.name), true);
+    if (fromFile && now == next && n.ip == q.ip && n.mask == q.mask && n.up && !dns.write) {
+        r = Unchanged(n.name + " already has these settings.");
+        return false;
+    }
     std::string ip = q.ip, mask = q.mask, gateway = q.gateway;
-    return Apply(
-        n, next, 55,
-        [ip, mask, gateway](const NetInterface& i) {
-            return i.up && i.ip == ip && i.mask == mask &&
-                   (gateway.empty() || DefaultGateway(i.name) == gateway);
+    wanted = [ip, mask, gateway](const NetInterface& i) {
+        return i.up && i.ip == ip && i.mask == mask &&
+               (gateway.empty() || DefaultGateway(i.name) == gateway);
+    };
+    return true;
+}
+
+// The runtime file of a deferred change: under /run, where networkd reads
+// it with the files of /etc, and named to sort just before the agent's own
+// file ('+' before '-'), so that networkd takes it first.
+std::string RuntimePath(const std::string& name) {
+    return "/run/systemd/network/00-norvane+" + name + ".network";
+}
+
+}  // namespace
+
+CmdResult NetworkdChange(const NetInterface& n, short cmd) {
+    InterfaceWanted w;
+    w.cmd = cmd;
+    NetworkdSettings next;
+    Wanted wanted;
+    ResolvPlan dns;
+    CmdResult r;
+    if (!Plan(n, w, next, wanted, dns, r))
+        return r;
+    return Apply(n, next, cmd, wanted, dns);
+}
+
+CmdResult NetworkdManual(const NetInterface& n, const InterfaceManualRequest& q) {
+    InterfaceWanted w;
+    w.cmd = 55;
+    w.manual = q;
+    NetworkdSettings next;
+    Wanted wanted;
+    ResolvPlan dns;
+    CmdResult r;
+    if (!Plan(n, w, next, wanted, dns, r))
+        return r;
+    return Apply(n, next, 55, wanted, dns);
+}
+
+bool NetworkdDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
+                      CmdResult& r) {
+    NetworkdSettings next;
+    Wanted wanted;
+    ResolvPlan dns;
+    if (!Plan(n, w, next, wanted, dns, r))
+        return false;
+    InterfaceRecovery rec;
+    rec.owner = "networkd";
+    rec.cmd = w.cmd;
+    rec.before = TakeSnapshot(n);
+    std::string runtime = RuntimePath(n.name);
+    rec.files.push_back(FileAsItIs(runtime));
+    if (w.cmd == 55)
+        rec.files.push_back(FileAsItIs(kResolvConfPath));
+    std::string text = NetworkdUnitText(n.name, next);
+    std::string err, why;
+    mkdir("/run/systemd", 0755);
+    if (mkdir("/run/systemd/network", 0755) != 0 && errno != EEXIST) {
+        r = Failed("Could not create /run/systemd/network.");
+        return false;
+    }
+    if (!WriteFileAtomically(runtime, text, err)) {
+        r = Failed("Could not write " + runtime + ": " + err + ".");
+        return false;
+    }
+    if (!NetworkdActivate(n, !rec.files[0].existed || rec.files[0].text != text, w.cmd, wanted,
+                          why) ||
+        !ApplyResolvPlan(dns, why)) {
+        UndoInterfaceChange(rec);
+        r = Failed(n.name + " could not be configured: " + why +
+                   "; the old settings were put back.");
+        return false;
+    }
+    r = {em_ActSuccAll, dns.note};
+    std::string path = NetworkdFilePath(n.name);
+    // The same text moves to /etc; networkd keeps what it applied and
+    // reads the file there at its next reload.
+    MakePending(
+        rec,
+        [path, runtime, text]() {
+            std::string e;
+            if ((mkdir(kNetworkdDir, 0755) != 0 && errno != EEXIST) ||
+                !WriteFileAtomically(path, text, e))
+                return Failed("Could not write " + path + (e.empty() ? "" : ": " + e) + ".");
+            unlink(runtime.c_str());
+            return Done();
         },
-        plan);
+        out);
+    return true;
+}
+
+void NetworkdUndo(const InterfaceRecovery& rec) {
+    const NetInterface& old = rec.before.iface;
+    PutFilesBack(rec.files);
+    std::string ignored;
+    // networkd back on the file of before; a link the change set down or up
+    // goes back as well.
+    if (Networkctl({"reload"}, ignored)) {
+        NetInterface now;
+        CmdResult r;
+        if ((rec.cmd == 52 || rec.cmd == 53) && FindInterface(old.name, now, r) && now.up != old.up)
+            Networkctl({old.up ? "up" : "down", "--", old.name}, ignored);
+        WaitForOldState(old, kRestoreWaitMs);
+    }
+    RestoreSnapshot(rec.before);
 }
 
 }  // namespace nvagent

@@ -1,8 +1,10 @@
 // Interface changes where no network manager owns the interface: the kernel
 // changed with ip (a DHCP client of the agent's own for 54), nothing
 // written for the next boot, and the detail says so. A failure puts the
-// addresses, routes and link state of before back.
+// addresses, routes and link state of before back. The deferred form is
+// the same change: there is nothing persistent to write at its commit.
 #include "agent/live/interfaces/interface_managers.h"
+#include "agent/live/interfaces/interface_recovery.h"
 #include "agent/live/interfaces/interface_state.h"
 #include "agent/live/interfaces/live_resolv_conf.h"
 #include "agent/live/run_process.h"
@@ -81,6 +83,32 @@ CmdResult UnmanagedManual(const NetInterface& n, const InterfaceManualRequest& q
     if (!plan.note.empty())
         detail += " " + plan.note;
     return {em_ActSuccAll, detail};
+}
+
+bool UnmanagedDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
+                       CmdResult& r) {
+    InterfaceRecovery rec;
+    rec.owner = "none";
+    rec.cmd = w.cmd;
+    rec.before = TakeSnapshot(n);
+    // 55 may write the DNS servers, a DHCP client's script its own.
+    if (w.cmd == 54 || w.cmd == 55)
+        rec.files.push_back(FileAsItIs(kResolvConfPath));
+    r = w.cmd == 55 ? UnmanagedManual(n, w.manual) : UnmanagedChange(n, w.cmd);
+    if (r.iCode != em_ActSuccAll)
+        return false;
+    CmdResult answer = r;
+    MakePending(
+        rec, [answer]() { return answer; }, out);
+    return true;
+}
+
+void UnmanagedUndo(const InterfaceRecovery& rec) {
+    // A client the change started ends; the old one comes back by hand.
+    if (DhcpClientOf(rec.before.iface.name) != rec.before.dhcpClient)
+        StopDhcpClient(rec.before.iface.name);
+    PutFilesBack(rec.files);
+    RestoreSnapshot(rec.before);
 }
 
 }  // namespace nvagent
