@@ -72,13 +72,11 @@ std::string Clock(time_t t) {
 
 class LiveWatch : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        if (nvtest::InSandbox())
-            Tool({"ip", "addr", "add", "10.77.0.2/24", "dev", "nv0"});
-    }
     void SetUp() override {
         if (!nvtest::InSandbox())
             GTEST_SKIP() << "runs only inside tests/support/nv-sandbox.sh";
+        if (Tool({"ip", "addr", "show", "dev", "nv0"}).find(kHost) == std::string::npos)
+            Tool({"ip", "addr", "add", "10.77.0.2/24", "dev", "nv0"});
         Tool({"nft", "flush", "ruleset"});
         for (const char* t : {"iptables", "ip6tables"}) {
             for (const char* c : {"INPUT", "OUTPUT", "FORWARD"})
@@ -251,6 +249,30 @@ TEST_F(LiveWatch, DeleteClearAndAddThatCutAreEachUndoneInPlace) {
     EXPECT_EQ(Notes(34).size(), 1u);
     EXPECT_EQ(Notes(35).size(), 1u);
     EXPECT_EQ(Notes(33).size(), 1u);
+}
+
+TEST_F(LiveWatch, InterfaceAddressThatCutsTheSessionIsUndone) {
+    session = std::make_unique<TickSession>(kPeer, kHost, kPort);
+    ASSERT_TRUE(session->Flowing());
+    StartAgent();
+    std::string interfaces = ReadAll("/etc/network/interfaces");
+    auto hasHost = [] {
+        return Tool({"ip", "addr", "show", "dev", "nv0"}).find("inet 10.77.0.2/") !=
+               std::string::npos;
+    };
+    ASSERT_EQ(Send(55, "nv0 10.77.0.9 255.255.255.0 10.77.0.1 - -"), em_ActSuccAll) << detail;
+    EXPECT_FALSE(hasHost()) << "the change is live";
+    EXPECT_EQ(PendingFiles(), 1);
+    long ms = WaitFor(hasHost, 15000);
+    ASSERT_GE(ms, 0) << Tool({"ip", "addr", "show", "dev", "nv0"}) << agent.Process().ReadStderr();
+    printf("manual address undone %ld ms after the answer\n", ms);
+    EXPECT_LT(ms, 5000);
+    EXPECT_TRUE(session->Resumes(10000));
+    EXPECT_EQ(ReadAll("/etc/network/interfaces"), interfaces) << "nothing persistent";
+    EXPECT_TRUE(WaitFor([&] { return PendingFiles() == 0; }, 5000) >= 0);
+    std::vector<std::string> notes = Notes(55);
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes[0].rfind("undone: ", 0), 0u) << notes[0];
 }
 
 }  // namespace

@@ -127,6 +127,37 @@ TEST(StallRule, ThreeTimeoutsInARowStallAWatchThatStartsLate) {
     EXPECT_EQ(two.Feed(s), TcpVerdict::kWatching);
 }
 
+TEST(StallRule, DataThatCannotBeSentStallsButAClosedWindowDoesNot) {
+    // The session's address removed: the data stays queued, nothing is in
+    // flight, the probes go unanswered.
+    StallRule gone;
+    std::vector<TcpSample> seq;
+    for (int64_t t = 0; t < 4000; t += 150) {
+        TcpSample s = At(t, 0, static_cast<uint32_t>(t + 40), static_cast<uint32_t>(t + 40));
+        s.notsentBytes = static_cast<uint32_t>(t / 50);
+        s.probes = static_cast<uint8_t>(t < 200 ? 0 : t < 600 ? 1 : t < 1400 ? 2 : 3);
+        seq.push_back(s);
+    }
+    TcpVerdict v;
+    int64_t at = FirstVerdict(gone, seq, v);
+    EXPECT_EQ(v, TcpVerdict::kStalled);
+    EXPECT_GE(at, 1500);
+    EXPECT_LE(at, 1700);
+    EXPECT_NE(gone.Why().find("cannot be sent"), std::string::npos) << gone.Why();
+    // A client that stopped reading: its window is closed, each probe is
+    // answered (the count starts again), acknowledgements grow rare as the
+    // probes back off.
+    StallRule closed;
+    seq.clear();
+    for (int64_t t = 0; t < 15000; t += 150) {
+        TcpSample s = At(t, 0, static_cast<uint32_t>((t % 3200) + 100), 20000);
+        s.notsentBytes = 4096;
+        s.probes = (t % 3200) < 1600 ? 0 : 1;
+        seq.push_back(s);
+    }
+    EXPECT_EQ(FirstVerdict(closed, seq, v), -1);
+}
+
 TEST(StallRule, ClosedConnectionsEndTheWatchButAnUnacknowledgedCloseStalls) {
     StallRule gone;
     TcpSample s = At(0, 0, 10, 10);

@@ -148,8 +148,21 @@ private:
                 return ChangeFtpRoot(q, b.m_opts.sDataDir);
             return ChangeSambaPath(q, b.m_opts.sDataDir);
         }
-        CmdResult operator()(const InterfaceRequest& q) { return ChangeInterface(q); }
-        CmdResult operator()(const InterfaceManualRequest& q) { return ChangeInterfaceManual(q); }
+        CmdResult operator()(const InterfaceRequest& q) {
+            return pending ? Deferred(q) : ChangeInterface(q);
+        }
+        CmdResult operator()(const InterfaceManualRequest& q) {
+            return pending ? Deferred(q) : ChangeInterfaceManual(q);
+        }
+        // An interface change made live only; pending left empty when
+        // nothing waits for a commit.
+        template <class Q>
+        CmdResult Deferred(const Q& q) {
+            CmdResult r;
+            if (!ChangeInterfaceDeferred(q, *pending, r))
+                *pending = PendingChange();
+            return r;
+        }
         CmdResult operator()(const DateRequest& q) {
             return ChangeDate(q, Setter(), time(nullptr));
         }

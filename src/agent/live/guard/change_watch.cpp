@@ -15,6 +15,7 @@
 #include "agent/atomic_file.h"
 #include "agent/commands/requests.h"
 #include "agent/live/guard/tcp_watch.h"
+#include "agent/live/interfaces/interface_recovery.h"
 #include "agent/live/live_changes.h"
 #include "agent/live/live_files.h"
 #include "agent/live/live_settings.h"
@@ -72,13 +73,15 @@ void Record(const EventSink& record, const PendingChange& c, const CmdResult& r,
 }  // namespace
 
 bool IsWatchedCommand(short cmd) {
-    return cmd >= 32 && cmd <= 39;
+    return (cmd >= 32 && cmd <= 39) || (cmd >= 52 && cmd <= 55);
 }
 
 CmdResult UndoRecovery(const std::string& domain, const std::string& json) {
     std::string err;
     if (domain == "firewall")
         return UndoFirewallRecovery(json, err) ? Done() : Failed(err);
+    if (domain == "interface")
+        return UndoInterfaceRecovery(json, err) ? Done() : Failed(err);
     return {em_ActNotPrepare, "this agent cannot undo a change of \"" + domain + "\""};
 }
 
@@ -221,6 +224,8 @@ bool ChangeWatcher::Watch(PendingChange change, const GuardSession& session, std
         m_open->deadlineMs = deadline;
         return true;
     }
+    Log("watching the change at " + Clock(item.change.tWhen) + " (command " +
+        std::to_string(item.change.iCmd) + ") over the " + Describe(session));
     auto g = std::make_shared<Group>();
     g->session = session;
     g->items.push_back(std::move(item));
@@ -308,8 +313,8 @@ void ChangeWatcher::Finish(Group& g, bool undo, const std::string& why) {
     }
     for (Item& it : g.items) {
         CmdResult r = m_run(it.change, false);
-        std::string note =
-            "kept: the change at " + Clock(it.change.tWhen) + " and the " + session + ": " + why;
+        std::string note = "kept: the change at " + Clock(it.change.tWhen) + ", watched over the " +
+                           session + ": " + why;
         if (r.iCode != em_ActSuccAll)
             note += "; it could not be saved: " + r.sDetail;
         r.sOldValues.clear();

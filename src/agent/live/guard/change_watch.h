@@ -36,7 +36,8 @@ struct WatchTiming {
 using PendingRunner = std::function<CmdResult(PendingChange& change, bool undo)>;
 
 // Whether cmd is watched when a guarded session sends it: the firewall's
-// policy, add, delete and clear commands of both chains.
+// policy, add, delete and clear commands of both chains, and the interface
+// commands (down, up, DHCP, manual address).
 bool IsWatchedCommand(short cmd);
 
 // The directory of the pending files under the run directory.
@@ -52,7 +53,8 @@ std::string UndoneNotice(time_t when, size_t changes);
 // first), each journalled through record (when set) and logged, and removes
 // their files. undo runs one change from its recovery JSON.
 using RecoveryUndo = std::function<CmdResult(const std::string& domain, const std::string& json)>;
-// The undo of each domain's recovery JSON ("firewall"); em_ActNotPrepare
+// The undo of each domain's recovery JSON ("firewall", "interface");
+// em_ActNotPrepare
 // for a domain this agent cannot undo (its file is kept).
 CmdResult UndoRecovery(const std::string& domain, const std::string& json);
 void UndoLeftPending(const std::string& runDir, const RecoveryUndo& undo, const EventSink& record);

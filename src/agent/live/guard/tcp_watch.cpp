@@ -33,6 +33,7 @@ constexpr int64_t kFloorMs = 1500;
 constexpr int64_t kCeilingMs = 2500;
 constexpr int64_t kRtoMinMs = 200;
 constexpr uint8_t kTimeoutsInARow = 3;
+constexpr uint8_t kProbesInARow = 2;
 
 std::string Ms(int64_t ms) {
     char b[32];
@@ -73,6 +74,12 @@ TcpVerdict StallRule::Feed(const TcpSample& s) {
     m_prevMs = s.tMs;
     if (s.unacked == 0) {
         m_since = -1;
+        if (s.notsentBytes > 0 && s.probes >= kProbesInARow && s.lastAckRecvMs > m_boundMs) {
+            m_why = std::to_string(s.notsentBytes) + " byte(s) that cannot be sent, " +
+                    std::to_string(s.probes) + " probes unanswered and no acknowledgement for " +
+                    Ms(s.lastAckRecvMs);
+            return TcpVerdict::kStalled;
+        }
         return TcpVerdict::kWatching;
     }
     if (m_since < 0) {
@@ -87,8 +94,8 @@ TcpVerdict StallRule::Feed(const TcpSample& s) {
     int64_t age = std::min<int64_t>(s.tMs - m_since, s.lastAckRecvMs);
     if (age > m_boundMs) {
         m_why = "no acknowledgement for " + Ms(age) + " with " + std::to_string(s.unacked) +
-                " segment(s) outstanding (bound " + Ms(m_boundMs) + ", RTT " + Ms(s.rttUs / 1000) +
-                ")";
+                " segment(s) outstanding (bound " + Ms(m_boundMs) + ", RTT " +
+                std::to_string(s.rttUs / 1000) + " ms" + ")";
         return TcpVerdict::kStalled;
     }
     if (s.retransmits >= kTimeoutsInARow && s.lastAckRecvMs > m_boundMs) {
@@ -182,6 +189,8 @@ bool ReadTcpSample(const GuardSession& session, TcpSample& s, std::string& err) 
             s.backoff = ti.tcpi_backoff;
             s.retransmits = ti.tcpi_retransmits;
             s.totalRetrans = ti.tcpi_total_retrans;
+            s.notsentBytes = ti.tcpi_notsent_bytes;
+            s.probes = ti.tcpi_probes;
         }
         return true;
     }

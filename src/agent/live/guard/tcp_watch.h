@@ -25,6 +25,8 @@ struct TcpSample {
     uint8_t backoff = 0;        // how often it was doubled
     uint8_t retransmits = 0;    // timeouts in a row without an acknowledgement
     uint32_t totalRetrans = 0;  // segments resent over the connection's life
+    uint32_t notsentBytes = 0;  // queued and not sent yet
+    uint8_t probes = 0;         // probes sent in a row without an acknowledgement
 };
 
 enum class TcpVerdict { kWatching, kStalled, kEnded };
@@ -45,7 +47,11 @@ enum class TcpVerdict { kWatching, kStalled, kEnded };
 // or the inflated variance right after an outage); there two losses in a
 // row can read as a stall.
 // Three retransmission timeouts in a row with no acknowledgement for the
-// same bound also stall it (the same fact seen from the retransmit timer).
+// same bound also stall it (the same fact seen from the retransmit timer),
+// and so does data that cannot even be sent (the session's address gone:
+// queued, nothing in flight, two probes in a row unanswered) with no
+// acknowledgement for the bound; a receiver that only closed its window
+// answers each probe, which starts the count again.
 // A connection that is gone or past its own close (FIN_WAIT2, TIME_WAIT,
 // CLOSE) has ended; while it closes with data or a FIN still unacknowledged
 // it is watched as before.

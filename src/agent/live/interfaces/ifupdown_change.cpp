@@ -8,7 +8,8 @@
 // it is installed) and, where no tool owns it, into /etc/resolv.conf. A
 // failure puts the files back, brings the old configuration up again and
 // then repairs by hand what is still missing (addresses, routes, the DHCP
-// client).
+// client). The deferred form brings the interface up from a runtime copy
+// of the new stanza under /run (ifup -i) and writes the files at commit.
 #include <sys/stat.h>
 #include <unistd.h>
 

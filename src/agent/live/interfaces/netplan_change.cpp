@@ -8,7 +8,8 @@
 // then shows exactly the requested addressing. A file cloud-init generated
 // is taken over as cloud-init documents (cloud_init.h). Any failure puts
 // netplan's files back, generates and reloads again, and restores the
-// interface as it was.
+// interface as it was. The deferred form runs netplan set on a scratch
+// copy and puts the files it changes in /run/netplan until the commit.
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>

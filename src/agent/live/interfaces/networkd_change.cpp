@@ -4,7 +4,8 @@
 // the kernel shows the result (a lease, the address, the link state). Any
 // failure (networkctl cannot reach networkd, no lease in time, ...) puts
 // the old file back (or removes the new one), reloads again and restores
-// the old addresses and link state.
+// the old addresses and link state. The deferred form writes the same text
+// under /run/systemd/network first and moves it to /etc at commit.
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -7,7 +7,8 @@
 // rolls back to it on any failure; should the agent die midway,
 // NetworkManager rolls back by itself when the checkpoint's time runs out.
 // The DNS servers go into the profile; NetworkManager writes resolv.conf
-// as its own configuration says.
+// as its own configuration says. The deferred form modifies the profile in
+// NetworkManager's memory only (--temporary) and saves it at commit.
 
 #include "agent/live/interfaces/interface_managers.h"
 #include "agent/live/interfaces/interface_recovery.h"
