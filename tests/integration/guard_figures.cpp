@@ -47,11 +47,16 @@ void Summary(const char* what, std::vector<long> ms, int failed) {
     printf("\n");
 }
 
-// Changes undone by the agent, from its journal.
+// Changes undone by the agent, from its journal, each printed with why.
 int UndoneInJournal(LiveAgent& agent) {
     int n = 0;
-    for (const nlohmann::json& j : agent.Process().ReadJournal())
-        n += j.value("note", std::string()).rfind("undone", 0) == 0 ? 1 : 0;
+    for (const nlohmann::json& j : agent.Process().ReadJournal()) {
+        std::string note = j.value("note", std::string());
+        if (note.rfind("undone", 0) == 0) {
+            ++n;
+            printf("  undone: command %d: %s\n", j.value("cmd", -1), note.c_str());
+        }
+    }
     return n;
 }
 
@@ -59,10 +64,10 @@ int UndoneInJournal(LiveAgent& agent) {
 std::string SessionTcp() {
     std::string all = Tool({"ip", "netns", "exec", "remote", "ss", "-tin", "dport", "=", ":22"});
     std::string out;
-    for (const char* key : {"rtt:", "retrans:", "lost:"}) {
+    for (const char* key : {" rtt:", " retrans:", " lost:", " segs_out:"}) {
         size_t at = all.find(key);
         if (at != std::string::npos)
-            out += all.substr(at, all.find(' ', at) - at) + " ";
+            out += all.substr(at + 1, all.find(' ', at + 1) - at - 1) + " ";
     }
     return out;
 }
