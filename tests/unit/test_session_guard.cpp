@@ -518,8 +518,7 @@ TEST(SessionGuardRefusal, DetailFitsTheInformationLineInEveryLanguage) {
         EXPECT_EQ(0u, d.find("Cuts SSH session from "));
     }
     EXPECT_NE(std::string::npos, RefusalDetail(Session("255.255.255.255")).find("255.255.255.255"));
-    // The catalogue's row: its full form is the detail, its Chinese form
-    // fits with the longest IPv4 address.
+    // The catalogue's row: its full form is the detail.
     ASSERT_EQ(1u, kDetailsGuardSession.nRows);
     const DetailRow& row = kDetailsGuardSession.pRows[0];
     std::string full = row.szFull;
@@ -527,10 +526,15 @@ TEST(SessionGuardRefusal, DetailFitsTheInformationLineInEveryLanguage) {
     size_t at = full.find("{}");
     ASSERT_NE(std::string::npos, at);
     EXPECT_EQ(full.substr(0, at) + "198.51.100.7" + full.substr(at + 2), d);
+    // The Chinese form with the longest address the detail sends.
     std::string zh = row.szZh;
     size_t z = zh.find("{1}");
     ASSERT_NE(std::string::npos, z);
-    EXPECT_LE(zh.size() - 3 + strlen("255.255.255.255"), 78u);
+    for (const std::string& a : {std::string("255.255.255.255"), longest6}) {
+        std::string sent = RefusalDetail(Session(a));
+        std::string part = sent.substr(at, sent.size() - (full.size() - 2));
+        EXPECT_LE(zh.size() - 3 + part.size(), 78u) << part;
+    }
 }
 
 TEST(SessionGuardRefusal, OnlyFirewallAndInterfaceCommandsAreGuarded) {

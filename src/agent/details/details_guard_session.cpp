@@ -8,7 +8,7 @@ namespace {
 
 const DetailRow kRows[] = {
     {"Cuts SSH session from {}; send again in 60 s (F9) to confirm.", nullptr,
-     "会切断来自{1}的SSH会话；60秒内再发一次(F9)确认"},
+     "会切断来自{1}的SSH会话；60秒内重发(F9)确认"},
 };
 
 }  // namespace

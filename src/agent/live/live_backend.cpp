@@ -75,8 +75,9 @@ public:
         std::lock_guard<std::mutex> change(m_changeMu);
         // A change that would cut the console's SSH session waits for its
         // confirming repeat; nothing is applied before.
+        GuardSession session = IsGuardedCommand(cmd) ? SessionOf(peer) : GuardSession();
         std::string guardNote;
-        if (m_guard.Refuses(cmd, payload, req, peer, r, guardNote))
+        if (m_guard.Refuses(cmd, payload, req, session, r, guardNote))
             return r;
         if (IsOwnSetting(req))
             return ApplyOwn(cmd, req);

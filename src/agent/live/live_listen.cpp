@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <unordered_map>
 
@@ -60,29 +59,16 @@ std::unordered_map<unsigned, Owner> Owners(const std::vector<Listener>& ls) {
             break;
         if (e->d_name[0] < '1' || e->d_name[0] > '9')
             continue;
-        std::string fdDir = std::string("/proc/") + e->d_name + "/fd";
-        DIR* fds = opendir(fdDir.c_str());
-        if (fds == nullptr)
-            continue;
         std::string name;
-        while (dirent* f = readdir(fds)) {
-            if (f->d_name[0] == '.')
-                continue;
-            char link[64];
-            ssize_t n = readlinkat(dirfd(fds), f->d_name, link, sizeof link - 1);
-            if (n <= 9 || strncmp(link, "socket:[", 8) != 0)
-                continue;
-            link[n] = '\0';
-            unsigned inode = static_cast<unsigned>(strtoul(link + 8, nullptr, 10));
-            auto it = owners.find(inode);
+        ForEachSocketInode(std::string("/proc/") + e->d_name + "/fd", [&](uint64_t inode) {
+            auto it = owners.find(static_cast<unsigned>(inode));
             if (it == owners.end() || it->second.pid != 0)
-                continue;
+                return;
             if (name.empty())
                 name = ReadFirstLine(std::string("/proc/") + e->d_name + "/comm");
             it->second = Owner{atoi(e->d_name), name};
             ++found;
-        }
-        closedir(fds);
+        });
     }
     closedir(proc);
     return owners;

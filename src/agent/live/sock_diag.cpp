@@ -1,11 +1,14 @@
 // A netlink sock_diag dump of TCP sockets.
 #include "agent/live/sock_diag.h"
 
+#include <dirent.h>
 #include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <vector>
 
 namespace nvagent {
@@ -54,6 +57,23 @@ bool DumpTcpSockets(int family, unsigned states,
     }
     close(fd);
     return ok;
+}
+
+void ForEachSocketInode(const std::string& fdDir, const std::function<void(uint64_t inode)>& each) {
+    DIR* d = opendir(fdDir.c_str());
+    if (d == nullptr)
+        return;
+    while (dirent* e = readdir(d)) {
+        if (e->d_name[0] == '.')
+            continue;
+        char link[64];
+        ssize_t n = readlinkat(dirfd(d), e->d_name, link, sizeof link - 1);
+        if (n <= 9 || strncmp(link, "socket:[", 8) != 0)
+            continue;
+        link[n] = '\0';
+        each(strtoull(link + 8, nullptr, 10));
+    }
+    closedir(d);
 }
 
 }  // namespace nvagent

@@ -1,4 +1,5 @@
-// One netlink sock_diag dump of a family's TCP sockets in chosen states,
+// The sockets a process holds (its /proc/PID/fd directory, fdDir), and one
+// netlink sock_diag dump of a family's TCP sockets in chosen states,
 // each socket's message handed to a callback (its attributes follow it
 // within the netlink message, for callers that asked for extensions).
 #ifndef NV_AGENT_LIVE_SOCK_DIAG_H
@@ -7,7 +8,9 @@
 #include <linux/inet_diag.h>
 #include <linux/netlink.h>
 
+#include <cstdint>
 #include <functional>
+#include <string>
 
 namespace nvagent {
 
@@ -17,6 +20,10 @@ namespace nvagent {
 bool DumpTcpSockets(int family, unsigned states,
                     const std::function<void(const nlmsghdr& h, const inet_diag_msg& d)>& each,
                     unsigned char ext = 0);
+
+// Calls each with the inode of every socket open in fdDir (a process's
+// /proc/PID/fd); nothing when it cannot be read.
+void ForEachSocketInode(const std::string& fdDir, const std::function<void(uint64_t inode)>& each);
 
 }  // namespace nvagent
 

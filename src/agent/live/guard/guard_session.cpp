@@ -14,7 +14,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <map>
 #include <set>
 
@@ -118,25 +117,12 @@ bool IsMultiplexer(const ProcEntry& p) {
 // of a session shares the connection with the root process above it).
 void AddSocketInodes(const std::string& procRoot, pid_t pid, bool root,
                      std::map<uint64_t, pid_t>& out) {
-    std::string fdDir = PidDir(procRoot, pid) + "/fd";
-    DIR* d = opendir(fdDir.c_str());
-    if (d == nullptr)
-        return;
-    while (dirent* e = readdir(d)) {
-        if (e->d_name[0] == '.')
-            continue;
-        char link[64];
-        ssize_t n = readlinkat(dirfd(d), e->d_name, link, sizeof link - 1);
-        if (n <= 9 || strncmp(link, "socket:[", 8) != 0)
-            continue;
-        link[n] = '\0';
-        uint64_t inode = strtoull(link + 8, nullptr, 10);
+    ForEachSocketInode(PidDir(procRoot, pid) + "/fd", [&](uint64_t inode) {
         if (root)
             out[inode] = pid;
         else
             out.emplace(inode, pid);
-    }
-    closedir(d);
+    });
 }
 
 // Every root-owned SSH server process of procRoot, with their sockets.

@@ -76,14 +76,11 @@ SessionGuard::SessionGuard(std::function<double()> now)
     : m_now(now ? std::move(now) : MonotonicSeconds) {}
 
 bool SessionGuard::Refuses(short cmd, const std::string& payload, const Request& req,
-                           const Peer& peer, CmdResult& r, std::string& note) {
+                           const GuardSession& session, CmdResult& r, std::string& note) {
     note.clear();
-    if (!IsGuardedCommand(cmd))
+    if (!IsGuardedCommand(cmd) || !session.bFound)
         return false;
-    GuardSession s = SessionOf(peer);
-    if (!s.bFound)
-        return false;
-    return Decide(cmd, payload, s, JudgeCut(req, s), r, note);
+    return Decide(cmd, payload, session, JudgeCut(req, session), r, note);
 }
 
 bool SessionGuard::Decide(short cmd, const std::string& payload, const GuardSession& s,

@@ -42,11 +42,12 @@ public:
     // now: seconds of a monotonic clock (tests give their own).
     explicit SessionGuard(std::function<double()> now = nullptr);
 
-    // The refusal step for one parsed command from peer, before anything is
-    // applied: true with the refusal in r; false when it may be carried out,
-    // with note set (for the journal) when it is carried out on confirmation.
-    bool Refuses(short cmd, const std::string& payload, const Request& req, const Peer& peer,
-                 CmdResult& r, std::string& note);
+    // The refusal step for one parsed command sent from session (SessionOf
+    // the sender), before anything is applied: true with the refusal in r;
+    // false when it may be carried out, with note set (for the journal)
+    // when it is carried out on confirmation.
+    bool Refuses(short cmd, const std::string& payload, const Request& req,
+                 const GuardSession& session, CmdResult& r, std::string& note);
 
     // The same for a session and a judged cut (empty: none).
     bool Decide(short cmd, const std::string& payload, const GuardSession& s,
