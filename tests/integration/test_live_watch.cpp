@@ -249,6 +249,15 @@ TEST_F(LiveWatch, DeleteClearAndAddThatCutAreEachUndoneInPlace) {
     EXPECT_EQ(Notes(34).size(), 1u);
     EXPECT_EQ(Notes(35).size(), 1u);
     EXPECT_EQ(Notes(33).size(), 1u);
+
+    // A change that succeeds carries the notice, and so does the check
+    // that follows it (which the console shows, rebuilding its page); then
+    // it has been shown.
+    ASSERT_EQ(Send(33, "2 1 - 0 - 9999 1"), em_ActSuccAll) << detail;
+    EXPECT_EQ(detail.rfind("Undone: the change at ", 0), 0u) << detail;
+    std::string notice = CheckDetail();
+    EXPECT_EQ(notice.rfind("Undone: the change at ", 0), 0u) << notice;
+    EXPECT_EQ(CheckDetail(), "");
 }
 
 TEST_F(LiveWatch, InterfaceAddressThatCutsTheSessionIsUndone) {
@@ -266,6 +275,8 @@ TEST_F(LiveWatch, InterfaceAddressThatCutsTheSessionIsUndone) {
     long ms = WaitFor(hasHost, 15000);
     ASSERT_GE(ms, 0) << Tool({"ip", "addr", "show", "dev", "nv0"}) << agent.Process().ReadStderr();
     printf("manual address undone %ld ms after the answer\n", ms);
+    for (const std::string& n : Notes(55))
+        printf("55: %s\n", n.c_str());
     EXPECT_LT(ms, 5000);
     EXPECT_TRUE(session->Resumes(10000));
     EXPECT_EQ(ReadAll("/etc/network/interfaces"), interfaces) << "nothing persistent";
