@@ -83,9 +83,10 @@ public:
             return ApplyOwn(cmd, req);
         // The watch step: a change from a guarded session is made live only,
         // answered, and watched; one session's changes are watched at a time.
-        GuardSession session;
+        // (The refusal step's session, or the tests' own.)
         if (IsWatchedCommand(cmd)) {
-            session = m_opts.findSession ? m_opts.findSession(peer) : SessionOf(peer);
+            if (m_opts.findSession)
+                session = m_opts.findSession(peer);
             if (!m_watch.MayChange(session, r))
                 return r;
         }
