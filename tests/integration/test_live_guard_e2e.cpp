@@ -9,8 +9,8 @@
 // it starts again.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <future>
-#include <regex>
 
 #include "child_process.h"
 #include "guard_bed.h"
@@ -47,6 +47,20 @@ const CuttingChange kCutting[] = {
      "nv0 10.77.0.99 255.255.255.0 10.77.0.1 - -", false},
     {"DHCP on an interface with no DHCP server", "54", "nv0", false},
 };
+
+// An undo's journal note: "undone: the change at HH:MM:SS ..." naming the
+// session's client.
+bool UndoneNote(const std::string& note) {
+    const std::string head = "undone: the change at ";
+    if (note.compare(0, head.size(), head) != 0 || note.size() < head.size() + 9)
+        return false;
+    for (size_t i = 0; i < 8; ++i) {
+        char c = note[head.size() + i];
+        if (i == 2 || i == 5 ? c != ':' : !isdigit(static_cast<unsigned char>(c)))
+            return false;
+    }
+    return note[head.size() + 8] == ' ' && note.find("198.51.100.7") != std::string::npos;
+}
 
 // The end of a session's output, for a failure's message.
 std::string Tail(const std::string& s) {
@@ -207,10 +221,7 @@ TEST_F(LiveGuardE2E, RefusalOverrideAndRollbackAreJournalled) {
     EXPECT_EQ(sets[0].value("note", "").rfind("refused", 0), 0u) << sets[0].dump();
     EXPECT_EQ(sets[1].value("result", 0), 7);
     EXPECT_NE(sets[1].value("note", ""), "") << sets[1].dump();
-    EXPECT_TRUE(std::regex_search(
-        sets[2].value("note", ""),
-        std::regex("^undone: the change at [0-2][0-9]:[0-5][0-9]:[0-5][0-9] .*198\\.51\\.100\\.7")))
-        << sets[2].dump();
+    EXPECT_TRUE(UndoneNote(sets[2].value("note", ""))) << sets[2].dump();
     EXPECT_TRUE(sets[2].contains("old") && sets[2].contains("new")) << sets[2].dump();
 }
 
