@@ -6,6 +6,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -35,6 +36,17 @@ struct Peer {
     pid_t iPid = 0;
 };
 
+// Something a backend did by itself, outside any request (a watched change
+// undone or saved when its watch ended): journalled as a request would be.
+struct BackendEvent {
+    short iCmd = 0;
+    std::string sPayload;
+    int iResult = 0;
+    std::string sNote;
+    std::string sOldValues, sNewValues;
+};
+using EventSink = std::function<void(const BackendEvent&)>;
+
 class Backend {
 public:
     virtual ~Backend() = default;
@@ -51,6 +63,11 @@ public:
     // 0 English, 1 Chinese in GB2312, 2 Chinese in UTF-8), in which answers
     // carry their details. Safe to call concurrently.
     virtual int LangCode() { return 0; }
+    // What the answer to peer must say before its own detail, something
+    // that happened since the console's last answer (a change of its undone
+    // because it cut the console's session); cmd is the check command or the
+    // set command answered with result. Empty: nothing.
+    virtual std::string NoticeFor(const Peer&, short /*cmd*/, int /*result*/) { return {}; }
 };
 
 }  // namespace nvagent

@@ -26,6 +26,11 @@
 //   "note": a short reason for a request that did not complete normally,
 //     or how a set command was decided (the session guard's refusal, or a
 //     change carried out when its refusal was confirmed).
+// A line the agent writes by itself, outside any request, has the command
+// and payload of the change it concerns, the result of what it did and a
+// note saying what: a watched change kept or undone when its watch ended
+// ("kept: ...", "undone: ..."), or undone when the agent started again
+// ("undone at start: ..."); "old" and "new" then hold the undo's values.
 //
 // The journal is bounded: when a line would take the file past its size
 // limit, the file is renamed to PATH.1 (replacing an older PATH.1) and a new

@@ -13,6 +13,7 @@
 
 #include "agent/atomic_file.h"
 #include "agent/journal.h"
+#include "agent/live/guard/tcp_watch.h"
 #include "agent/live/live_backend.h"
 #include "agent/norvaned_options.h"
 #include "agent/server.h"
@@ -93,19 +94,32 @@ int Run(const nvagent::NorvanedOptions& opts) {
             fprintf(stderr, "norvaned: removed %d temporary state file(s) left by an earlier run\n",
                     removed);
     }
+    // The journal first: the backend records in it what it does by itself
+    // (changes undone at start, or when a watch ends), and outlives it.
+    nvagent::Journal journal;
+    if (!opts.sJournalPath.empty() && !journal.Open(opts.sJournalPath, err, opts.journalMaxBytes))
+        return Fail(err, 1);
     std::unique_ptr<nvagent::Backend> backend;
     if (opts.sBackend == "system") {
         nvagent::LiveOptions live;
         live.sDataDir = Absolute(opts.sDataDir);
+        live.sRunDir = Absolute(opts.sRunDir);
         live.iMonitorIntervalMs = opts.iMonitorIntervalMs;
+        live.record = [&journal](const nvagent::BackendEvent& e) {
+            journal.Record(e.iCmd, e.sPayload.data(), e.sPayload.size(), e.iResult, e.sNote.c_str(),
+                           e.sOldValues, e.sNewValues);
+        };
+        if (opts.iGuardSessionPort > 0) {
+            uint16_t port = static_cast<uint16_t>(opts.iGuardSessionPort);
+            live.findSession = [port](const nvagent::Peer& peer) {
+                return nvagent::SessionOnLocalPort(port, peer.iPid);
+            };
+        }
         backend = nvagent::MakeLiveBackend(live, err);
     } else {
         backend = nvagent::MakeSimBackend(Absolute(opts.sStatePath), err);
     }
     if (!backend)
-        return Fail(err, 1);
-    nvagent::Journal journal;
-    if (!opts.sJournalPath.empty() && !journal.Open(opts.sJournalPath, err, opts.journalMaxBytes))
         return Fail(err, 1);
     nvagent::ServerOptions serverOpts;
     serverOpts.sSocketPath = Absolute(opts.sSocketPath);

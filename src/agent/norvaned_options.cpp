@@ -20,7 +20,9 @@ enum OptionId {
     kForeground,
     kHelp,
     kDataDir,
-    kMonitorInterval
+    kMonitorInterval,
+    kRunDir,
+    kGuardPort
 };
 
 // The longest monitor interval accepted: one hour.
@@ -36,6 +38,8 @@ const option kLongOptions[] = {
     {"help", no_argument, nullptr, kHelp},
     {"data-dir", required_argument, nullptr, kDataDir},
     {"monitor-interval-ms", required_argument, nullptr, kMonitorInterval},
+    {"run-dir", required_argument, nullptr, kRunDir},
+    {"guard-session-port", required_argument, nullptr, kGuardPort},
     {nullptr, 0, nullptr, 0},
 };
 
@@ -102,6 +106,21 @@ bool Apply(int id, NorvanedOptions& opts, std::string& err) {
                     std::string("--monitor-interval-ms needs a number of milliseconds from 1 to ") +
                     std::to_string(kMaxMonitorIntervalMs) + ", not '" + optarg + "'";
             return true;
+        case kRunDir:
+            opts.sRunDir = optarg;
+            if (opts.sRunDir.empty())
+                err = "--run-dir needs a non-empty path";
+            return true;
+        case kGuardPort: {
+            char* end = nullptr;
+            long v = strtol(optarg, &end, 10);
+            if (*optarg < '0' || *optarg > '9' || *end != '\0' || v < 1 || v > 65535)
+                err = std::string("--guard-session-port needs a port from 1 to 65535, not '") +
+                      optarg + "'";
+            else
+                opts.iGuardSessionPort = static_cast<int>(v);
+            return true;
+        }
         default:
             return false;
     }
@@ -162,6 +181,11 @@ const char* NorvanedUsage() {
            "  --monitor-interval-ms N\n"
            "                  the system backend's monitors sample every N ms\n"
            "                  instead of their own intervals (for tests)\n"
+           "  --run-dir DIR   where the system backend keeps changes being watched\n"
+           "                  (default /run/norvane)\n"
+           "  --guard-session-port N\n"
+           "                  take the established TCP connection on local port N as\n"
+           "                  the session of every console (for tests)\n"
            "  --journal FILE  append one JSON line per request received to FILE\n"
            "  --journal-max BYTES  start a new journal when it would pass BYTES, keeping\n"
            "                  the previous one as FILE.1 (default 8 MiB)\n"

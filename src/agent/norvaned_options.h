@@ -14,7 +14,11 @@ struct NorvanedOptions {
     std::string sDataDir = "/etc/norvane";  // the live backend's own settings
     std::string sJournalPath;               // empty: no journal
     size_t journalMaxBytes = 8u << 20;
-    int iMonitorIntervalMs = 0;  // above 0: every monitor samples this often
+    int iMonitorIntervalMs = 0;            // above 0: every monitor samples this often
+    std::string sRunDir = "/run/norvane";  // the live backend's pending changes
+    // Above 0: every console's guarded session is the established TCP
+    // connection on this local port (for tests).
+    int iGuardSessionPort = 0;
     bool bForeground = false;
     bool bHelp = false;
 };

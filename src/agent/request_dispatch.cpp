@@ -2,6 +2,7 @@
 #include "agent/request_dispatch.h"
 
 #include "agent/details/detail_lookup.h"
+#include "agent/details/detail_text.h"
 #include "link/result_codes.h"
 #include "wire/wire.h"
 
@@ -15,11 +16,20 @@ bool IsSetCommand(short cmd) {
 
 // An answer without a state: the detail in the console's language, and the
 // full English sentence as the body when the detail sent is not that
-// sentence (the console ignores the body; nvcmd prints it).
+// sentence (the console ignores the body; nvcmd prints it). A notice for the
+// console goes first; when both do not fit the line, the notice alone is
+// shown (the detail stays in the body and the journal).
 void BuildDetailAnswer(std::string& answer, short cmd, int code, const std::string& full,
-                       int langCode) {
+                       int langCode, const std::string& notice) {
     std::string shown = LocaliseDetail(full, langCode);
-    const std::string& body = shown == full ? std::string() : full;
+    std::string body = shown == full ? std::string() : full;
+    if (!notice.empty()) {
+        std::string said = LocaliseDetail(notice, langCode);
+        body = notice + (full.empty() ? "" : " " + full);
+        shown = shown.empty() || said.size() + 1 + shown.size() > kDetailWidth
+                    ? said
+                    : said + " " + shown;
+    }
     nvwire::BuildAnswer(answer, cmd, code, shown, body.data(), body.size());
 }
 
@@ -27,7 +37,6 @@ void BuildDetailAnswer(std::string& answer, short cmd, int code, const std::stri
 
 int AnswerRequest(Backend& backend, short cmd, const std::string& payload, AnswerBuffers& bufs,
                   const Peer& peer) {
-    static const std::string kNoDetail;
     bufs.oldValues.clear();
     bufs.newValues.clear();
     bufs.detail.clear();
@@ -35,14 +44,19 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
     if (cmd == nvwire::kCmdCheck) {
         bufs.body.clear();
         backend.CheckBody(bufs.body);
-        nvwire::BuildAnswer(bufs.answer, cmd, em_OK, kNoDetail, bufs.body.data(), bufs.body.size());
+        // A check has no detail of its own; it carries a notice for the
+        // console, which shows the check's detail after a change succeeded.
+        nvwire::BuildAnswer(bufs.answer, cmd, em_OK,
+                            LocaliseDetail(backend.NoticeFor(peer, cmd, em_OK), backend.LangCode()),
+                            bufs.body.data(), bufs.body.size());
         return em_OK;
     }
     if (IsSetCommand(cmd)) {
         CmdResult res = backend.Apply(cmd, payload, peer);
         // Read after the change, so that the language command answers in
         // the language it chose.
-        BuildDetailAnswer(bufs.answer, cmd, res.iCode, res.sDetail, backend.LangCode());
+        BuildDetailAnswer(bufs.answer, cmd, res.iCode, res.sDetail, backend.LangCode(),
+                          backend.NoticeFor(peer, cmd, res.iCode));
         bufs.oldValues = std::move(res.sOldValues);
         bufs.newValues = std::move(res.sNewValues);
         bufs.detail = std::move(res.sDetail);
@@ -51,7 +65,7 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
     }
     bufs.detail = "Unknown command " + std::to_string(cmd) + ".";
     BuildDetailAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange, bufs.detail,
-                      backend.LangCode());
+                      backend.LangCode(), std::string());
     return em_ParsePkgCmdNoOutOfRange;
 }
 

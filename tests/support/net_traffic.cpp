@@ -8,11 +8,14 @@
 #include <poll.h>
 #include <sched.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 namespace nvtest {
 
@@ -254,6 +257,101 @@ TcpSession::~TcpSession() {
         int status = 0;
         waitpid(m_pid, &status, 0);
     }
+}
+
+namespace {
+
+// Sends a byte every 50 ms and counts what arrives, until the peer closes.
+[[noreturn]] void Tick(int fd, volatile unsigned long* count) {
+    fcntl(fd, F_SETFL, O_NONBLOCK);
+    auto next = std::chrono::steady_clock::now();
+    for (;;) {
+        pollfd p{fd, POLLIN, 0};
+        poll(&p, 1, 10);
+        char buf[256];
+        ssize_t n = recv(fd, buf, sizeof buf, 0);
+        if (n == 0)
+            _exit(0);
+        if (n > 0)
+            *count += static_cast<unsigned long>(n);
+        if (std::chrono::steady_clock::now() >= next) {
+            char c = 't';
+            send(fd, &c, 1, MSG_NOSIGNAL);
+            next += std::chrono::milliseconds(50);
+        }
+    }
+}
+
+void Reap(pid_t pid) {
+    if (pid > 0) {
+        kill(pid, SIGKILL);
+        int status = 0;
+        waitpid(pid, &status, 0);
+    }
+}
+
+}  // namespace
+
+TickSession::TickSession(const std::string& netns, const std::string& addr, int port) {
+    void* shared = mmap(nullptr, 2 * sizeof(unsigned long), PROT_READ | PROT_WRITE,
+                        MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (shared == MAP_FAILED)
+        return;
+    m_counts = static_cast<volatile unsigned long*>(shared);
+    m_counts[0] = m_counts[1] = 0;
+    int listener = Bind(port, false);
+    if (listener < 0)
+        return;
+    m_server = fork();
+    if (m_server == 0) {
+        int c = accept(listener, nullptr, nullptr);
+        if (c < 0)
+            _exit(1);
+        close(listener);
+        Tick(c, &m_counts[0]);
+    }
+    close(listener);
+    m_client = fork();
+    if (m_client == 0) {
+        int fd = EnterNetns(netns) ? Connect(addr, port, 3000) : -1;
+        if (fd < 0)
+            _exit(1);
+        Tick(fd, &m_counts[1]);
+    }
+}
+
+TickSession::~TickSession() {
+    Reap(m_client);
+    Reap(m_server);
+    if (m_counts != nullptr)
+        munmap(const_cast<unsigned long*>(m_counts), 2 * sizeof(unsigned long));
+}
+
+unsigned long TickSession::ServerReceived() const {
+    return m_counts != nullptr ? m_counts[0] : 0;
+}
+
+unsigned long TickSession::ClientReceived() const {
+    return m_counts != nullptr ? m_counts[1] : 0;
+}
+
+bool TickSession::Flowing(int timeoutMs) const {
+    for (int waited = 0; waited < timeoutMs; waited += 50) {
+        if (ServerReceived() > 0 && ClientReceived() > 0)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
+
+bool TickSession::Resumes(int timeoutMs) const {
+    unsigned long s = ServerReceived(), c = ClientReceived();
+    for (int waited = 0; waited < timeoutMs; waited += 50) {
+        if (ServerReceived() > s && ClientReceived() > c)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
 }
 
 }  // namespace nvtest

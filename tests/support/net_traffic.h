@@ -47,6 +47,30 @@ private:
     bool m_open = false;
 };
 
+// A long-lived TCP connection like an interactive session's: a server on
+// every address of the sandbox's own namespace at port and a client from
+// netns to addr, each sending a byte every 50 ms and reading what comes
+// (so that data flows both ways and each side has data outstanding when the
+// path is cut). The bytes each side received so far are counted.
+class TickSession {
+public:
+    TickSession(const std::string& netns, const std::string& addr, int port);
+    ~TickSession();
+    TickSession(const TickSession&) = delete;
+    TickSession& operator=(const TickSession&) = delete;
+    // Bytes received by the server and by the client so far.
+    unsigned long ServerReceived() const;
+    unsigned long ClientReceived() const;
+    // True once both sides received something within timeoutMs.
+    bool Flowing(int timeoutMs = 5000) const;
+    // True when both counts grow within timeoutMs from now.
+    bool Resumes(int timeoutMs) const;
+
+private:
+    pid_t m_server = -1, m_client = -1;
+    volatile unsigned long* m_counts = nullptr;
+};
+
 }  // namespace nvtest
 
 #endif

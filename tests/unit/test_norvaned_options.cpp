@@ -65,3 +65,27 @@ TEST(NorvanedOptions, MonitorInterval) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(NorvanedOptions, RunDirectoryAndTheTestSessionPort) {
+    nvagent::NorvanedOptions o;
+    std::string err;
+    ASSERT_TRUE(Parse({"--backend", "system"}, o, err)) << err;
+    EXPECT_EQ(o.sRunDir, "/run/norvane");
+    EXPECT_EQ(o.iGuardSessionPort, 0);
+    ASSERT_TRUE(Parse({"--run-dir", "/tmp/nvrun", "--guard-session-port", "2222"}, o, err)) << err;
+    EXPECT_EQ(o.sRunDir, "/tmp/nvrun");
+    EXPECT_EQ(o.iGuardSessionPort, 2222);
+    nvagent::NorvanedOptions e;
+    EXPECT_FALSE(Parse({"--run-dir", ""}, e, err));
+    EXPECT_EQ(err, "--run-dir needs a non-empty path");
+    for (const char* bad : {"0", "65536", "-1", "22x", ""}) {
+        nvagent::NorvanedOptions b;
+        EXPECT_FALSE(Parse({"--guard-session-port", bad}, b, err)) << bad;
+        EXPECT_EQ(err, std::string("--guard-session-port needs a port from 1 to 65535, not '") +
+                           bad + "'");
+    }
+}
+
+}  // namespace

@@ -8,6 +8,7 @@
 #include "agent/live/live_backend.h"
 
 #include <cstdio>
+#include <ctime>
 #include <mutex>
 
 #include "agent/change_values.h"
@@ -34,7 +35,10 @@ public:
     LiveBackend(LiveOptions opts, cConf_Inf settings)
         : m_opts(std::move(opts)),
           m_settings(std::move(settings)),
-          m_monitors(m_opts.sDataDir, m_opts.iMonitorIntervalMs) {}
+          m_monitors(m_opts.sDataDir, m_opts.iMonitorIntervalMs),
+          m_watch(
+              m_opts.sRunDir, m_opts.watchTiming,
+              [this](PendingChange& c, bool undo) { return RunPending(c, undo); }, m_opts.record) {}
 
     // Runs the monitors that are on in the stored settings; a switch whose
     // list is empty is turned off and saved first.
@@ -82,13 +86,23 @@ public:
             return r;
         if (IsOwnSetting(req))
             return ApplyOwn(cmd, req);
+        // The watch step: a change from a guarded session is made live only,
+        // answered, and watched; one session's changes are watched at a time.
+        // (The refusal step's session, or the tests' own.)
+        if (IsWatchedCommand(cmd)) {
+            if (m_opts.findSession)
+                session = m_opts.findSession(peer);
+            if (!m_watch.MayChange(session, r))
+                return r;
+        }
+        PendingChange pending;
         bool recorded = !ChangedFields(cmd).empty();
         cConf_Inf c0 = DefaultConf();
         cSvrState s0;
         if (recorded)
             ReadChangedPart(cmd, c0, s0);
         time_t clockSetTo = -1;
-        r = std::visit(Change{*this, cmd, clockSetTo}, req);
+        r = std::visit(Change{*this, cmd, clockSetTo, session.bFound ? &pending : nullptr}, req);
         r.sNote = guardNote;
         if (recorded && r.iCode == em_ActSuccAll) {
             cConf_Inf c1 = DefaultConf();
@@ -99,7 +113,13 @@ public:
                 FormatDateTime(clockSetTo, c1.sNowDate, c1.sNowTime);
             RecordChange(cmd, c0, s0, c1, s1, r);
         }
+        if (pending.undo)
+            return Watch(cmd, payload, std::move(pending), session, r);
         return r;
+    }
+
+    std::string NoticeFor(const Peer& peer, short cmd, int result) override {
+        return m_watch.NoticeFor(peer, cmd, result);
     }
 
 private:
@@ -108,6 +128,7 @@ private:
         LiveBackend& b;
         short cmd;
         time_t& clockSetTo;
+        PendingChange* pending;  // non-null: made live only, handed over here
 
         // The clock setter, noting the time it was given.
         ClockSetter Setter() {
@@ -134,22 +155,41 @@ private:
                 return ChangeFtpRoot(q, b.m_opts.sDataDir);
             return ChangeSambaPath(q, b.m_opts.sDataDir);
         }
-        CmdResult operator()(const InterfaceRequest& q) { return ChangeInterface(q); }
-        CmdResult operator()(const InterfaceManualRequest& q) { return ChangeInterfaceManual(q); }
+        CmdResult operator()(const InterfaceRequest& q) {
+            return pending ? Deferred(q) : ChangeInterface(q);
+        }
+        CmdResult operator()(const InterfaceManualRequest& q) {
+            return pending ? Deferred(q) : ChangeInterfaceManual(q);
+        }
+        // An interface change made live only; pending left empty when
+        // nothing waits for a commit.
+        template <class Q>
+        CmdResult Deferred(const Q& q) {
+            CmdResult r;
+            if (!ChangeInterfaceDeferred(q, *pending, r))
+                *pending = PendingChange();
+            return r;
+        }
         CmdResult operator()(const DateRequest& q) {
             return ChangeDate(q, Setter(), time(nullptr));
         }
         CmdResult operator()(const TimeRequest& q) {
             return ChangeTime(q, Setter(), time(nullptr));
         }
-        CmdResult operator()(const PolicyRequest& q) { return ChangePolicy(q, b.m_opts.sDataDir); }
-        CmdResult operator()(const RuleAddRequest& q) { return AddRule(q, b.m_opts.sDataDir); }
+        CmdResult operator()(const PolicyRequest& q) {
+            return ChangePolicy(q, b.m_opts.sDataDir, pending);
+        }
+        CmdResult operator()(const RuleAddRequest& q) {
+            return AddRule(q, b.m_opts.sDataDir, pending);
+        }
         CmdResult operator()(const DeleteRequest& q) {
-            return DeleteRule(q.cmd == 34 ? kChainInput : kChainOutput, q.index, b.m_opts.sDataDir);
+            return DeleteRule(q.cmd == 34 ? kChainInput : kChainOutput, q.index, b.m_opts.sDataDir,
+                              pending);
         }
         CmdResult operator()(const PlainRequest& q) {
             if (q.cmd == 35 || q.cmd == 39)
-                return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.m_opts.sDataDir);
+                return ClearRules(q.cmd == 35 ? kChainInput : kChainOutput, b.m_opts.sDataDir,
+                                  pending);
             if (q.cmd == 47)
                 return RestoreFtpDefaults(b.m_opts.sDataDir);
             if (q.cmd == 51)
@@ -195,6 +235,38 @@ private:
         return r;
     }
 
+    // Hands a change made live over to the watch; undone at once when it
+    // cannot be kept pending.
+    CmdResult Watch(short cmd, const std::string& payload, PendingChange pending,
+                    const GuardSession& session, const CmdResult& answer) {
+        pending.iCmd = cmd;
+        pending.sPayload = payload;
+        pending.tWhen = time(nullptr);
+        std::function<CmdResult()> undo = pending.undo;
+        std::string err;
+        if (m_watch.Watch(std::move(pending), session, err))
+            return answer;
+        undo();
+        return Failed("Could not keep the change pending in " + PendingDir(m_opts.sRunDir) + ": " +
+                      err + "; the change was undone.");
+    }
+
+    // A watched change's undo or save, when its watch ends (on the watch's
+    // thread): under the change lock, as every change, and an undo with
+    // the old and new values the journal records.
+    CmdResult RunPending(PendingChange& c, bool undo) {
+        std::lock_guard<std::mutex> change(m_changeMu);
+        if (!undo)
+            return c.commit();
+        cConf_Inf c0 = DefaultConf(), c1 = DefaultConf();
+        cSvrState s0, s1;
+        ReadChangedPart(c.iCmd, c0, s0);
+        CmdResult r = c.undo();
+        ReadChangedPart(c.iCmd, c1, s1);
+        RecordChange(c.iCmd, c0, s0, c1, s1, r);
+        return r;
+    }
+
     LiveOptions m_opts;
     // One change at a time.
     std::mutex m_changeMu;
@@ -203,6 +275,9 @@ private:
     cConf_Inf m_settings;
     LiveMonitors m_monitors;
     SessionGuard m_guard;
+    // Last: its threads end (undoing what is still watched) while the
+    // locks above still exist.
+    ChangeWatcher m_watch;
 };
 
 }  // namespace
@@ -216,6 +291,9 @@ std::unique_ptr<Backend> MakeLiveBackend(const LiveOptions& opts, std::string& e
     cConf_Inf settings = DefaultConf();
     if (!LoadSettings(SettingsPath(o.sDataDir), settings, err))
         return nullptr;
+    // Changes an earlier run left watched are undone before the saved
+    // chains are put back: that run never confirmed them.
+    UndoLeftPending(o.sRunDir, UndoRecovery, o.record);
     if (o.bRestoreFirewall && !RestoreFirewall(o.sDataDir, err))
         return nullptr;
     auto backend = std::make_unique<LiveBackend>(o, std::move(settings));

@@ -10,6 +10,8 @@
 #include <string>
 
 #include "agent/backend.h"
+#include "agent/live/guard/change_watch.h"
+#include "agent/live/guard/guard_session.h"
 
 namespace nvagent {
 
@@ -25,6 +27,16 @@ struct LiveOptions {
     // Above 0: every monitor samples at this interval (ms) instead of its
     // own (norvaned --monitor-interval-ms, for tests).
     int iMonitorIntervalMs = 0;
+    // Where changes being watched are kept pending (RUN/pending/), undone
+    // at start when an earlier run left any.
+    std::string sRunDir = "/run/norvane";
+    // The guarded session of the process that sent a change (bFound false:
+    // none, the change is made and saved at once). Null: no session is
+    // guarded.
+    std::function<GuardSession(const Peer&)> findSession;
+    WatchTiming watchTiming;
+    // Receives what the agent does outside any request (the journal).
+    EventSink record;
 };
 
 // Creates the data directory when missing, loads the agent's settings from

@@ -24,11 +24,19 @@ extern const char* const kSysctlFile;
 CmdResult ChangeHostName(const HostNameRequest& q);
 
 // firewall/firewall_change.cpp: the agent's own chains, saved in the data
-// directory.
-CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir);
-CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir);
-CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string& dataDir);
-CmdResult ClearRules(FwChain chain, const std::string& dataDir);
+// directory. Given pending, a change that is made is only made live: its
+// save and its undo are handed over there, to run when a watch ends.
+CmdResult ChangePolicy(const PolicyRequest& q, const std::string& dataDir,
+                       PendingChange* pending = nullptr);
+CmdResult AddRule(const RuleAddRequest& q, const std::string& dataDir,
+                  PendingChange* pending = nullptr);
+CmdResult DeleteRule(FwChain chain, unsigned long long index, const std::string& dataDir,
+                     PendingChange* pending = nullptr);
+CmdResult ClearRules(FwChain chain, const std::string& dataDir, PendingChange* pending = nullptr);
+// Undoes a pending firewall change from its recovery JSON (an agent
+// started again); false with err when the JSON is not one or part of the
+// undo was refused.
+bool UndoFirewallRecovery(const std::string& json, std::string& err);
 // Puts the agent's saved chains back at start-up (nothing else) and from
 // then on whenever a check finds them gone; false with err when the
 // restore tool refuses them.
