@@ -55,7 +55,7 @@ int LiveAgent::Send(short cmd, const std::string& payload, std::string* detail,
         return -1;
     }
     if (detail != nullptr)
-        *detail = a.sDetail;
+        *detail = a.sBody.empty() ? a.sDetail : a.sBody;
     return a.result;
 }
 
