@@ -3,7 +3,8 @@
 // catalogue, placed by their byte widths; the choose bar offers the Chinese
 // words and what is chosen is matched in that language, so the commands
 // still carry "1" or "0" (and nothing, or an empty payload, for the restore
-// row). In GB2312 the words are looked for in the raw output bytes too.
+// row). In GB2312 the words are looked for in the raw output bytes too. The
+// agent's reason for a refusal comes in the same language.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -153,5 +154,31 @@ INSTANTIATE_TEST_SUITE_P(Chinese, ScreenEditLang,
                              return info.param == LAN_CHINESE_GB2312 ? std::string("Gb2312")
                                                                      : std::string("Utf8");
                          });
+
+}  // namespace
+
+namespace {
+
+using namespace nvedit;
+
+// The agent's reason for a refusal is in the console's language and fits
+// the information line: a thread maximum of 100 typed on the Resource page.
+TEST_P(ScreenEditLang, TheAgentsReasonIsInTheConsolesLanguage) {
+    EditConsole c;
+    ASSERT_TRUE(c.Start("", Lang()));
+    ScreenSession& s = c.S();
+    ASSERT_TRUE(c.Open(kResourceLeaf, W(pcStrShmmax)));
+    size_t before = c.JournalSize();
+    s.SendKey(Key::Down, 3);
+    s.SendKey(Key::Enter);
+    ASSERT_TRUE(Eventually(s, [&] { return PromptShows(s, PROMPT_INPUT, Lang()); }));
+    s.SendText("100");
+    s.SendKey(Key::Enter);
+    // The description before it is the command-client library's own text.
+    ASSERT_TRUE(Eventually(
+        s, [&] { return InfoShows(s, "The value is not valid. 最大线程数须大于 512。"); }));
+    EXPECT_TRUE(SetThenCheck(c.Journal(), before, 10, "100", 2));
+    EXPECT_EQ(c.Journal().back()["detail"], "The thread maximum must be above 512.");
+}
 
 }  // namespace

@@ -54,19 +54,8 @@ int LiveAgent::Send(short cmd, const std::string& payload, std::string* detail,
             *detail = a.sError;
         return -1;
     }
-    if (detail != nullptr) {
-        *detail = a.sDetail;
-        // The sentence the backend built, which the journal keeps whole:
-        // the answer carries its short form for the console's one line.
-        std::vector<nlohmann::json> lines = m_agent.ReadJournal();
-        for (auto it = lines.rbegin(); it != lines.rend(); ++it) {
-            if (it->value("cmd", -2) != cmd)
-                continue;
-            if (it->contains("detail"))
-                *detail = (*it)["detail"].get<std::string>();
-            break;
-        }
-    }
+    if (detail != nullptr)
+        *detail = a.sBody.empty() ? a.sDetail : a.sBody;
     return a.result;
 }
 

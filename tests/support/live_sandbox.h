@@ -33,9 +33,9 @@ public:
     const std::string SocketPath() const { return m_agent.SocketPath(); }
     // A check; false with err when it fails.
     bool Check(cConf_Inf& conf, cSvrState& svr, std::string& err) const;
-    // One set command: the result code, the detail in *detail when given
-    // (the full sentence the journal keeps, not the answer's short form);
-    // -1 when no answer came within timeoutMs.
+    // One set command: the result code, the detail's full English sentence
+    // in *detail when given (the answer's body where the detail sent to the
+    // console is a shorter form); -1 when no answer came within timeoutMs.
     int Send(short cmd, const std::string& payload, std::string* detail = nullptr,
              int timeoutMs = 30000) const;
     AgentProcess& Process() { return m_agent; }
