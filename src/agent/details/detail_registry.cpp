@@ -18,6 +18,7 @@ extern const DetailTable kDetailsLiveMonitors;
 extern const DetailTable kDetailsLiveReasons;
 extern const DetailTable kDetailsGuardSession;
 extern const DetailTable kDetailsGuardIfaces;
+extern const DetailTable kDetailsGuardWatch;
 
 const std::vector<const DetailTable*>& DetailTables() {
     static const std::vector<const DetailTable*> kTables = {
@@ -31,6 +32,7 @@ const std::vector<const DetailTable*>& DetailTables() {
         &kDetailsLiveMonitors,
         &kDetailsGuardSession,
         &kDetailsGuardIfaces,
+        &kDetailsGuardWatch,
         // The tools' reasons, which the sentences above quote, last.
         &kDetailsLiveReasons,
     };
