@@ -26,9 +26,8 @@ void BuildDetailAnswer(std::string& answer, short cmd, int code, const std::stri
     if (!notice.empty()) {
         std::string said = LocaliseDetail(notice, langCode);
         body = notice + (full.empty() ? "" : " " + full);
-        shown = shown.empty() || said.size() + 1 + shown.size() > kDetailWidth
-                    ? said
-                    : said + " " + shown;
+        shown = shown.empty() || said.size() + 1 + shown.size() > kDetailWidth ? said
+                                                                               : said + " " + shown;
     }
     nvwire::BuildAnswer(answer, cmd, code, shown, body.data(), body.size());
 }
@@ -64,8 +63,8 @@ int AnswerRequest(Backend& backend, short cmd, const std::string& payload, Answe
         return res.iCode;
     }
     bufs.detail = "Unknown command " + std::to_string(cmd) + ".";
-    BuildDetailAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange, bufs.detail,
-                      backend.LangCode(), std::string());
+    BuildDetailAnswer(bufs.answer, cmd, em_ParsePkgCmdNoOutOfRange, bufs.detail, backend.LangCode(),
+                      std::string());
     return em_ParsePkgCmdNoOutOfRange;
 }
 

@@ -67,8 +67,22 @@ protected:
             *out = text;
         return code;
     }
+    // Waits until no change of the remote session is watched any more: while
+    // one is, other consoles' firewall and interface changes are turned away
+    // and the saved rules are those from before it.
+    void WaitForWatchEnd() {
+        for (int i = 0; i < 250; ++i) {
+            if (Tool({"ls", "-A", "/run/norvane/pending"}).empty())
+                return;
+            usleep(100000);
+        }
+        ADD_FAILURE() << "a change is still watched after 25 s";
+    }
     // The same command from this process: a local terminal's.
-    int Local(short cmd, const std::string& payload) { return agent.Send(cmd, payload, &detail); }
+    int Local(short cmd, const std::string& payload) {
+        WaitForWatchEnd();
+        return agent.Send(cmd, payload, &detail);
+    }
     // The journal's notes for cmd, in order.
     std::vector<std::string> Notes(int cmd) {
         std::vector<std::string> out;
@@ -156,6 +170,7 @@ TEST_F(LiveSessionGuard, RulesThatStopTheSessionsPortRefusedOthersPass) {
     // Harmless: another port's rule, a kernel setting.
     EXPECT_EQ(Remote("33", "2 1 - 0 - 8080 1", &out), 0) << out;
     EXPECT_EQ(Remote("4", "1", &out), 0) << out;
+    WaitForWatchEnd();
     std::string before = Rules();
     std::string saved = nvtest::ReadFile(agent.DataDir() + "/firewall-own.rules");
     // Deleting or clearing the accept, a drop of the client's network put
