@@ -252,6 +252,34 @@ TEST_F(LiveSessionGuard, ConsoleInATerminalMultiplexerStartedFromTheSessionIsGua
     EXPECT_NE(Rules().find("-P INPUT ACCEPT"), std::string::npos);
 }
 
+// A console under a shell server reached over UDP (a stand-in with the
+// mobile shell server's program name, started with the login's
+// SSH_CONNECTION as that server is): no TCP connection to watch, but the
+// refusal step still judges its changes against the client's address.
+TEST_F(LiveSessionGuard, ConsoleUnderAUdpShellServerIsRefusedItsCuts) {
+    std::string server = files.File("mosh-server");
+    Tool({"cp", "/bin/bash", server});
+    auto viaUdpShell = [&](const std::string& cmd, const std::string& payload) {
+        return Tool({"env", "SSH_CONNECTION=198.51.100.7 50022 10.77.0.2 22", server, "-c",
+                     "NVUI_SOCKET=" + agent.SocketPath() + " NVUI_LOG=" + files.File("u.log") +
+                         " " + kNvcmd + " send " + cmd + " '" + payload + "' 2>&1; echo rc=$?"});
+    };
+    std::string addr = Tool({"ip", "-4", "-o", "addr", "show", "dev", "nv0"});
+    std::string out = viaUdpShell("52", "nv0");
+    EXPECT_NE(out.find(kRefusal), std::string::npos) << out;
+    EXPECT_NE(out.find("rc=1"), std::string::npos) << out;
+    out = viaUdpShell("32", "2");
+    EXPECT_NE(out.find(kRefusal), std::string::npos) << out;
+    EXPECT_EQ(Tool({"ip", "-4", "-o", "addr", "show", "dev", "nv0"}), addr);
+    EXPECT_NE(Rules().find("-P INPUT ACCEPT"), std::string::npos) << Rules();
+    // A harmless change passes and is saved at once: nothing is watched.
+    out = viaUdpShell("33", "2 1 - 0 - 8080 1");
+    EXPECT_NE(out.find("rc=0"), std::string::npos) << out;
+    EXPECT_NE(nvtest::ReadFile(agent.DataDir() + "/firewall-own.rules").find("8080"),
+              std::string::npos);
+    EXPECT_EQ(Tool({"ls", "-A", "/run/norvane/pending"}), "");
+}
+
 TEST_F(LiveSessionGuard, LocalTerminalIsNotGuarded) {
     EXPECT_EQ(Local(32, "2"), em_ActSuccAll) << detail;
     EXPECT_NE(Rules().find("-P INPUT DROP"), std::string::npos);

@@ -92,6 +92,10 @@ public:
         if (IsWatchedCommand(cmd)) {
             if (m_opts.findSession)
                 session = m_opts.findSession(peer);
+            // A session with no TCP connection (a UDP shell's) gives the
+            // watch nothing to read: only the refusal step guards it.
+            if (session.llInode == 0)
+                session = GuardSession();
             if (!m_watch.MayChange(session, r))
                 return r;
         }

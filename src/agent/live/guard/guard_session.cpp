@@ -14,8 +14,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "agent/live/live_files.h"
 #include "agent/live/sock_diag.h"
@@ -28,6 +30,9 @@ namespace {
 // its per-connection program) and of terminal multiplexers.
 const char* const kSshServers[] = {"sshd", "sshd-session"};
 const char* const kMultiplexers[] = {"tmux", "screen"};
+// Shells reached over UDP after an SSH login started them: no TCP connection
+// to read, but the login's addresses are in the server's environment.
+const char* const kUdpShells[] = {"mosh-server"};
 
 // Longest ancestry followed; deeper chains are not sessions.
 constexpr int kMaxDepth = 64;
@@ -110,6 +115,43 @@ bool IsSshServer(const ProcEntry& p) {
 
 bool IsMultiplexer(const ProcEntry& p) {
     return OneOf(p.exe, kMultiplexers, sizeof kMultiplexers / sizeof *kMultiplexers);
+}
+
+bool IsUdpShell(const ProcEntry& p) {
+    return OneOf(p.exe, kUdpShells, sizeof kUdpShells / sizeof *kUdpShells);
+}
+
+// The session of a UDP shell server: SSH_CONNECTION ("client port server
+// port") of the login that started it. No connection to watch (inode 0);
+// the refusal step judges changes against its addresses.
+bool UdpShellSession(const std::string& procRoot, const ProcEntry& server, GuardSession& s) {
+    std::ifstream in(PidDir(procRoot, server.pid) + "/environ", std::ios::binary);
+    std::string var;
+    while (std::getline(in, var, '\0')) {
+        if (var.compare(0, 15, "SSH_CONNECTION=") != 0)
+            continue;
+        std::istringstream f(var.substr(15));
+        std::string client, server_addr;
+        unsigned long cport = 0, sport = 0;
+        if (!(f >> client >> cport >> server_addr >> sport) || cport > 65535 || sport > 65535)
+            return false;
+        unsigned char buf[sizeof(in6_addr)];
+        int family = inet_pton(AF_INET, client.c_str(), buf) == 1 ? AF_INET : AF_INET6;
+        if (inet_pton(family, client.c_str(), buf) != 1 ||
+            inet_pton(family, server_addr.c_str(), buf) != 1)
+            return false;
+        s.bFound = true;
+        s.iFamily = family;
+        s.sRemoteAddr = client;
+        s.iRemotePort = static_cast<uint16_t>(cport);
+        s.sLocalAddr = server_addr;
+        s.iLocalPort = static_cast<uint16_t>(sport);
+        s.llInode = 0;
+        s.iServerPid = server.pid;
+        s.llServerStart = server.start;
+        return true;
+    }
+    return false;
 }
 
 // The socket inodes a process holds, each mapped to that process; a
@@ -262,7 +304,10 @@ GuardSession FindIn(pid_t pid, const std::string& procRoot, const TcpSockets& so
     s.llConsoleStart = cur.start;
     std::map<uint64_t, pid_t> held;  // sockets of the SSH server processes met
     bool rootServer = false;
+    ProcEntry udpShell;
     for (int depth = 0; depth < kMaxDepth; ++depth) {
+        if (udpShell.pid == 0 && IsUdpShell(cur))
+            udpShell = cur;
         if (IsSshServer(cur)) {
             AddSocketInodes(procRoot, cur.pid, cur.uid == 0, held);
             rootServer = rootServer || cur.uid == 0;
@@ -283,6 +328,10 @@ GuardSession FindIn(pid_t pid, const std::string& procRoot, const TcpSockets& so
         // The listener is among the ancestors: its ports are held too.
         if (const TcpSocket* c = PickHeld(socks, held, ListeningPorts(socks, held)))
             Fill(s, *c, held.at(c->llInode), procRoot);
+        return s;
+    }
+    if (udpShell.pid != 0) {
+        UdpShellSession(procRoot, udpShell, s);
         return s;
     }
     if (!followMultiplexer || !IsMultiplexer(cur))
