@@ -18,6 +18,9 @@
 
 #include "agent/details/detail_lookup.h"
 #include "agent/details/detail_registry.h"
+#include "agent/details/details_guard_ifaces.h"
+#include "agent/details/details_guard_session.h"
+#include "agent/details/details_guard_watch.h"
 #include "agent/details/details_live_firewall.h"
 #include "agent/details/details_live_interfaces.h"
 #include "agent/details/details_live_monitors.h"
@@ -37,9 +40,12 @@ using namespace nvagent;
 
 namespace {
 
-const DetailTable* const kLiveTables[] = {&kDetailsLiveSystem,     &kDetailsLiveFirewall,
-                                          &kDetailsLiveInterfaces, &kDetailsLiveServices,
-                                          &kDetailsLiveMonitors,   &kDetailsLiveReasons};
+// The live backend's tables, the session guard's among them (a sentence
+// moves between them as the code that sends it does).
+const DetailTable* const kLiveTables[] = {
+    &kDetailsLiveSystem,   &kDetailsLiveFirewall, &kDetailsLiveInterfaces,
+    &kDetailsLiveServices, &kDetailsLiveMonitors, &kDetailsLiveReasons,
+    &kDetailsGuardSession, &kDetailsGuardIfaces,  &kDetailsGuardWatch};
 
 std::vector<const DetailRow*> LiveRows() {
     std::vector<const DetailRow*> rows;
@@ -347,6 +353,71 @@ const NotADetail kNotDetails[] = {
     {"live/trusted_process.cpp", " (deleted)"},
     // Errors of the settings file at start-up, for the agent's log.
     {"live/live_settings.cpp", "cannot read "},
+    // The session guard's reasons for a refusal: the journal's note (the
+    // answer's detail is the refusal row with the client's address).
+    {"live/guard/session_guard.cpp", "the SSH session "},
+    {"live/guard/session_guard.cpp", "it would cut "},
+    {"live/guard/session_guard.cpp", "carried out on confirmation; "},
+    {"live/guard/guard_interfaces.cpp", "taking down "},
+    {"live/guard/guard_interfaces.cpp", " ends the session"},
+    {"live/guard/guard_interfaces.cpp", " (its route to "},
+    {"live/guard/guard_interfaces.cpp", " (its address "},
+    {"live/guard/guard_interfaces.cpp", "DHCP may give "},
+    {"live/guard/guard_interfaces.cpp", " another address than "},
+    {"live/guard/guard_interfaces.cpp", "the new address "},
+    {"live/guard/guard_interfaces.cpp", " replaces the session's address "},
+    {"live/guard/guard_interfaces.cpp", "no route to "},
+    {"live/guard/guard_interfaces.cpp", " is left on "},
+    {"live/guard/guard_firewall.cpp",
+     "the input chain would no longer accept a new connection from "},
+    {"live/guard/guard_firewall.cpp", " to port "},
+    {"live/guard/guard_firewall.cpp",
+     "the output chain would no longer pass the replies from port "},
+    // What iptables -S prints, and what /proc says of a replaced program.
+    {"live/guard/guard_firewall.cpp", "! --syn"},
+    {"live/guard/guard_firewall.cpp", "! --tcp-flags FIN,SYN,RST,ACK SYN"},
+    {"live/guard/guard_session.cpp", " (deleted)"},
+    // The watch's end, its stall reasons and sock_diag's errors: the
+    // journal's notes of a change kept or undone, and the agent's log.
+    {"live/guard/change_watch.cpp", "a pending change in "},
+    {"live/guard/change_watch.cpp", " could not be read; removed"},
+    {"live/guard/change_watch.cpp", " (command "},
+    {"live/guard/change_watch.cpp", ") is still pending in "},
+    {"live/guard/change_watch.cpp", "undone at start: the change at "},
+    {"live/guard/change_watch.cpp", " was still watched when the agent stopped"},
+    {"live/guard/change_watch.cpp", "watching the change at "},
+    {"live/guard/change_watch.cpp", ") over the "},
+    {"live/guard/change_watch.cpp", "cannot watch the "},
+    {"live/guard/change_watch.cpp", "the agent stopped before the watch ended"},
+    {"live/guard/change_watch.cpp", "the session kept working"},
+    {"live/guard/change_watch.cpp", "undone: the change at "},
+    {"live/guard/change_watch.cpp", " stalled the "},
+    {"live/guard/change_watch.cpp", "; the undo failed: "},
+    {"live/guard/change_watch.cpp", "kept: the change at "},
+    {"live/guard/change_watch.cpp", ", watched over the "},
+    {"live/guard/change_watch.cpp", "; it could not be saved: "},
+    {"live/guard/tcp_watch.cpp", "the connection was closed"},
+    {"live/guard/tcp_watch.cpp", "the connection is gone"},
+    {"live/guard/tcp_watch.cpp", " byte(s) that cannot be sent, "},
+    {"live/guard/tcp_watch.cpp", " probes unanswered and no acknowledgement for "},
+    {"live/guard/tcp_watch.cpp", "no acknowledgement for "},
+    {"live/guard/tcp_watch.cpp", " segment(s) outstanding (bound "},
+    {"live/guard/tcp_watch.cpp", ", RTT "},
+    {"live/guard/tcp_watch.cpp", " ms"},
+    {"live/guard/tcp_watch.cpp", " retransmission timeouts in a row and "},
+    {"live/guard/tcp_watch.cpp", "not a numeric address pair: "},
+    {"live/guard/tcp_watch.cpp", "sock_diag: "},
+    {"live/guard/tcp_watch.cpp", "sock_diag: no answer about the connection"},
+    // A pending change's undo at start (a recovery file the agent cannot
+    // read or a part the firewall refuses) and a watched change's undo:
+    // the journal's note and the agent's log only.
+    {"live/guard/change_watch.cpp", "this agent cannot undo a change of \""},
+    {"live/interfaces/interface_recovery.cpp", "not the recovery of an interface change"},
+    {"live/interfaces/interface_recovery.cpp", "the recovery names no interface or no known owner"},
+    {"live/interfaces/interface_recovery.cpp", "the recovery of "},
+    {"live/interfaces/interface_recovery.cpp", " is malformed"},
+    {"live/firewall/firewall_change.cpp", "not a firewall change"},
+    {"live/firewall/firewall_change.cpp", "The firewall refused part of the undo: "},
 };
 
 void ScanDir(const std::string& root, const std::string& rel, std::vector<std::string>& files) {

@@ -15,8 +15,7 @@ const DetailRow kRows[] = {
     {"A change made over an SSH session is being watched; try again in {} s.", nullptr,
      "正在观察经 SSH 会话所做的更改；请 {1} 秒后重试。"},
     {"Could not keep the change pending in {}: {}; the change was undone.",
-     "Could not keep the change pending: {2}; it was undone.",
-     "无法保存待确认的更改：{2}；更改已撤销。"},
+     "Cannot keep change pending in {1}: {2}; undone.", "无法在 {1} 暂存待确认更改：{2}；已撤销。"},
 };
 
 }  // namespace

@@ -27,14 +27,9 @@ const DetailRow kRows[] = {
     {"{} could not be configured: {}; NetworkManager put the old settings back.",
      "{1} could not be configured: {2}; NetworkManager undid it.",
      "无法配置 {1}：{2}；NetworkManager 已恢复原设置。"},
-    {"{} could not be configured: {}; nothing was changed.",
-     "{1} could not be configured: {2}; nothing changed.", "无法配置 {1}：{2}；未做更改。"},
-    {"{}'s stanza was not saved: {}.", nullptr, "{1} 的配置段未保存：{2}。"},
-    {"{} is configured outside {}; change it there.", nullptr,
-     "{1} 在 {2} 之外配置；请在那里更改。"},
-    {"Could not make a scratch directory for netplan.", nullptr, "无法为 netplan 创建临时目录。"},
-    {"NetworkManager did not save the profile: {}.", nullptr,
-     "NetworkManager 未保存连接配置：{1}。"},
+    // (A change that changed nothing, netplan's scratch copy and a profile
+    // or stanza not saved: details_guard_ifaces.cpp, with the changes made
+    // live first.)
     {"NetworkManager could not take a checkpoint of {}: {}; nothing was changed.",
      "NetworkManager could not checkpoint {1}: {2}; nothing changed.",
      "NetworkManager 无法为 {1} 建检查点：{2}；未更改。"},

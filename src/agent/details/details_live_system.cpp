@@ -54,6 +54,9 @@ const DetailRow kRows[] = {
     {"Could not write {}: {}.", nullptr, "无法写入 {1}：{2}。"},
     {"Could not write {}.", nullptr, "无法写入 {1}。"},
     {"Could not read {}.", nullptr, "无法读取 {1}。"},
+    // networkd's runtime directory, which its sentence names as it is:
+    // before the general row, which would take it.
+    {"Could not create /run/systemd/network.", nullptr, "无法创建 /run/systemd/network。"},
     {"Could not create {}.", nullptr, "无法创建 {1}。"},
 
 };
