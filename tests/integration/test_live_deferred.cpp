@@ -7,10 +7,12 @@
 // commit writes the manager's configuration, and its recovery JSON is undone
 // by a fresh process.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -308,6 +310,58 @@ TEST_F(LiveDeferred, AnUndoBringsBackTheDhcpClient) {
         EXPECT_NE(Tool({"pgrep", "-x", "dhclient"}), "");
     }
     EXPECT_EQ(Persistent(), etc);
+    EXPECT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7017));
+}
+
+// The sandbox's DHCP server stopped (SIGSTOP) while it lives, so that no
+// offer comes; it goes on where it was afterwards.
+class DhcpServerPaused {
+public:
+    DhcpServerPaused() {
+        std::string text = nvtest::ReadFile("/run/nv-sandbox/dnsmasq.pid");
+        pid_ = atoi(text.c_str());
+        if (pid_ > 0)
+            kill(pid_, SIGSTOP);
+    }
+    ~DhcpServerPaused() {
+        if (pid_ > 0)
+            kill(pid_, SIGCONT);
+    }
+    bool Paused() const { return pid_ > 0; }
+
+private:
+    pid_t pid_ = 0;
+};
+
+TEST_F(LiveDeferred, DhcpWithoutAServerIsAnsweredAtOnceAndUndoneWithItsClient) {
+    DhcpServerPaused paused;
+    ASSERT_TRUE(paused.Paused());
+    nvagent::PendingChange p;
+    nvagent::CmdResult r;
+    nvagent::InterfaceRequest dhcp{54, "nv0"};
+    auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(nvagent::ChangeInterfaceDeferred(dhcp, p, r)) << r.sDetail;
+    long ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                  std::chrono::steady_clock::now() - start)
+                  .count();
+    // The lease is awaited a few seconds, not the client's minute: the
+    // guard's watch judges the change.
+    EXPECT_LT(ms, 30000);
+    EXPECT_EQ(r.iCode, em_ActSuccAll) << r.sDetail;
+    EXPECT_NE(r.sDetail.find("No DHCP lease on nv0 yet"), std::string::npos) << r.sDetail;
+    EXPECT_FALSE(HasAddr("10.77.0.9/24")) << Addr();
+    if (flavor == Flavor::kIfupdown) {
+        EXPECT_NE(Tool({"pgrep", "-x", "dhclient"}), "");
+    }
+    EXPECT_EQ(Persistent(), etc);
+    // Undone: the static address and route again, no DHCP client left.
+    p.undo();
+    EXPECT_TRUE(AwaitAddr("10.77.0.9/24")) << Addr();
+    EXPECT_TRUE(DefaultVia("10.77.0.1")) << Tool({"ip", "route"});
+    EXPECT_EQ(Tool({"pgrep", "-a", "-x", "dhclient"}), "");
+    EXPECT_EQ(Addr().find("dynamic"), std::string::npos) << Addr();
+    EXPECT_EQ(Persistent(), etc);
+    EXPECT_TRUE(Runtime().empty());
     EXPECT_TRUE(nvtest::TcpEchoes("", "10.77.0.1", 7017));
 }
 

@@ -18,6 +18,8 @@ const DetailRow kRows[] = {
     {"NetworkManager did not save the profile: {}.", nullptr,
      "NetworkManager 未保存连接配置：{1}。"},
     {"{}'s stanza was not saved: {}.", "{1} stanza not saved: {2}.", "{1} 的配置段未保存：{2}。"},
+    {"No DHCP lease on {} yet; its DHCP client keeps asking.",
+     "No DHCP lease on {1} yet; the client keeps asking.", "{1} 尚无 DHCP 租约；客户端仍在请求。"},
 };
 
 }  // namespace

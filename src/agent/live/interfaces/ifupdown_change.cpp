@@ -9,7 +9,8 @@
 // failure puts the files back, brings the old configuration up again and
 // then repairs by hand what is still missing (addresses, routes, the DHCP
 // client). The deferred form brings the interface up from a runtime copy
-// of the new stanza under /run (ifup -i) and writes the files at commit.
+// of the new stanza under /run (ifup -i) and writes the files at commit;
+// for DHCP it starts the client itself and waits a few seconds at most.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -271,9 +272,16 @@ bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingCh
     rec.files.push_back(FileAsItIs(rec.ifupdownCopy));
     if (w.cmd == 54 || w.cmd == 55)
         rec.files.push_back(FileAsItIs(kResolvConfPath));
+    // ifup of a DHCP stanza waits for the lease (a minute without a
+    // server): for 54 the copy leaves the link to ifup and the agent
+    // starts dhclient, with the pid file ifupdown's stanza names, so that
+    // an ifdown after the commit ends it. Without dhclient, ifup picks
+    // the DHCP client and its wait.
+    bool ownClient = w.cmd == 54 && !FindTool("dhclient").empty();
+    std::string copy = ownClient ? "iface " + n.name + " inet manual\n" : stanza;
     std::string why;
     mkdir(kRuntimeDir, 0700);
-    if (!WriteFileAtomically(rec.ifupdownCopy, stanza, why)) {
+    if (!WriteFileAtomically(rec.ifupdownCopy, copy, why)) {
         r = Failed("Could not write " + rec.ifupdownCopy + ": " + why + ".");
         return false;
     }
@@ -287,6 +295,7 @@ bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingCh
         ToolRun run = RunTool({"ifup", "-i", rec.ifupdownCopy, "--", n.name}, "", kIfupLimitMs);
         done = run.Ok() ? RunIp({"link", "set", "dev", n.name, "up"}, why)
                         : (why = run.Why("ifup"), false);
+        done = done && (!ownClient || StartDhcpClient(n.name, why));
     } else {
         done = RunIp({"link", "set", "dev", n.name, "down"}, why);
     }
@@ -296,11 +305,11 @@ bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingCh
                    "; the old settings were put back.");
         return false;
     }
-    r = {em_ActSuccAll, dns.note};
-    std::string name = n.name, copy = rec.ifupdownCopy;
+    r = {em_ActSuccAll, w.cmd == 54 ? AwaitLease(n.name, kDeferredLeaseWaitMs) : dns.note};
+    std::string name = n.name, runtime = rec.ifupdownCopy;
     MakePending(
         rec,
-        [name, stanza, up, copy]() {
+        [name, stanza, up, runtime]() {
             std::vector<IfupdownFile> files = ReadIfupdownFiles(kIfupdownMainFile);
             if (files.empty())
                 return Failed(std::string("Could not read ") + kIfupdownMainFile + ".");
@@ -317,7 +326,7 @@ bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingCh
                 UndoCloudInitNetwork(wroteSwitch);
                 return Failed(name + "'s stanza was not saved: " + err + ".");
             }
-            unlink(copy.c_str());
+            unlink(runtime.c_str());
             return CmdResult(em_ActSuccAll, cloudInit ? CloudInitNote(holder.path) : "");
         },
         out);

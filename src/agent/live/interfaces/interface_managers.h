@@ -53,10 +53,11 @@ CmdResult NetworkdManual(const NetInterface& n, const InterfaceManualRequest& q)
 bool Networkctl(const std::vector<std::string>& args, std::string& why);
 // networkd's files in force for n (reloaded; reconfigured as well when
 // its file did not change), 52 and 53 carried out on the link, then the
-// kernel state of wanted awaited.
+// kernel state of wanted awaited; deferred: not a 54's lease (the caller
+// waits for it a few seconds only).
 using Wanted = std::function<bool(const NetInterface&)>;
 bool NetworkdActivate(const NetInterface& n, bool changed, short cmd, const Wanted& wanted,
-                      std::string& why);
+                      std::string& why, bool deferred = false);
 
 // netplan_change.cpp: netplan set with the old keys cleared, applied the
 // way netplan applies.

@@ -286,6 +286,24 @@ void RestoreSnapshot(const InterfaceSnapshot& s) {
     }
 }
 
+bool StartDhcpClient(const std::string& name, std::string& why) {
+    ToolRun run = RunTool({"dhclient", "-4", "-nw", "-pf", "/run/dhclient." + name + ".pid", "-lf",
+                           "/var/lib/dhcp/dhclient." + name + ".leases", name},
+                          "", kIpLimitMs);
+    if (run.Ok())
+        return true;
+    why = run.Why("dhclient");
+    return false;
+}
+
+std::string AwaitLease(const std::string& name, int waitMs) {
+    if (WaitForInterface(
+            name, [](const NetInterface& i) { return i.mode == kModeDynamic && !i.ip.empty(); },
+            waitMs))
+        return std::string();
+    return "No DHCP lease on " + name + " yet; its DHCP client keeps asking.";
+}
+
 bool WaitForInterface(const std::string& name,
                       const std::function<bool(const NetInterface&)>& wanted, int timeoutMs,
                       int stableMs) {

@@ -53,6 +53,20 @@ std::vector<std::string> DhcpClientOf(const std::string& name);
 // Ends the DHCP client serving name, if one runs.
 void StopDhcpClient(const std::string& name);
 
+// How long the deferred form of 54 waits for its lease before it answers:
+// a lease may be long in coming or never come, and the session guard's
+// watch, not this wait, judges whether the change cut the session; the
+// DHCP client goes on asking after the answer.
+const int kDeferredLeaseWaitMs = 5000;
+
+// Starts dhclient for name, in the background at once (its pid and lease
+// files where ifupdown keeps them, so that ifdown ends it); false with why.
+bool StartDhcpClient(const std::string& name, std::string& why);
+
+// Waits up to waitMs for a lease on name: empty when one came, else the
+// note that none has yet and the client goes on asking.
+std::string AwaitLease(const std::string& name, int waitMs);
+
 // Polls the interface called name until wanted has held for stableMs in a
 // row (a daemon that works asynchronously may still be changing it) or
 // timeoutMs passes.

@@ -91,8 +91,10 @@ std::string Generated(const std::string& name) {
 }
 
 // The configuration in force: netplan apply under systemd; else the
-// renderer's files generated and networkd told, and the kernel awaited.
-bool Activate(const NetInterface& n, short cmd, const Wanted& wanted, std::string& why) {
+// renderer's files generated and networkd told, and the kernel awaited
+// (deferred: not a 54's lease, which the caller awaits a few seconds only).
+bool Activate(const NetInterface& n, short cmd, const Wanted& wanted, std::string& why,
+              bool deferred = false) {
     std::string out;
     struct stat st {};
     // systemd runs the machine when it is PID 1 (not only when its run
@@ -103,7 +105,7 @@ bool Activate(const NetInterface& n, short cmd, const Wanted& wanted, std::strin
             return false;
         if ((cmd == 52 || cmd == 53) && !Networkctl({cmd == 53 ? "up" : "down", "--", n.name}, why))
             return false;
-        if (WaitForInterface(n.name, wanted, 30000, kStableMs))
+        if ((cmd == 54 && deferred) || WaitForInterface(n.name, wanted, 30000, kStableMs))
             return true;
         why = "netplan did not apply the settings in time";
         return false;
@@ -111,7 +113,7 @@ bool Activate(const NetInterface& n, short cmd, const Wanted& wanted, std::strin
     std::string before = Generated(n.name);
     if (!Netplan({"generate"}, out, why))
         return false;
-    return NetworkdActivate(n, Generated(n.name) != before, cmd, wanted, why);
+    return NetworkdActivate(n, Generated(n.name) != before, cmd, wanted, why, deferred);
 }
 
 // Sets the interface's keys (a flow mapping) with netplan set, the
@@ -340,13 +342,13 @@ bool NetplanDeferred(const NetInterface& n, const InterfaceWanted& w, const std:
         done = done && WriteFileAtomically(f.first, f.second, why);
         chmod(f.first.c_str(), 0600);
     }
-    if (!done || !Activate(n, w.cmd, wanted, why)) {
+    if (!done || !Activate(n, w.cmd, wanted, why, true)) {
         UndoInterfaceChange(rec);
         r = Failed(n.name + " could not be configured: " + why +
                    "; the old settings were put back.");
         return false;
     }
-    r = Done();
+    r = {em_ActSuccAll, w.cmd == 54 ? AwaitLease(n.name, kDeferredLeaseWaitMs) : std::string()};
     MakePending(
         rec,
         [etcNext, etcNow, runtime, file]() {

@@ -5,7 +5,8 @@
 // failure (networkctl cannot reach networkd, no lease in time, ...) puts
 // the old file back (or removes the new one), reloads again and restores
 // the old addresses and link state. The deferred form writes the same text
-// under /run/systemd/network first and moves it to /etc at commit.
+// under /run/systemd/network first and moves it to /etc at commit; its
+// DHCP lease is awaited a few seconds only.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,12 +49,14 @@ bool Networkctl(const std::vector<std::string>& args, std::string& why) {
 // 52 and 53 also set the link down or up through networkd. Then the kernel
 // state is awaited, until it has held for a moment.
 bool NetworkdActivate(const NetInterface& n, bool changed, short cmd, const Wanted& wanted,
-                      std::string& why) {
+                      std::string& why, bool deferred) {
     if (!Networkctl({"reload"}, why) ||
         (!changed && !Networkctl({"reconfigure", "--", n.name}, why)))
         return false;
     if ((cmd == 52 || cmd == 53) && !Networkctl({cmd == 53 ? "up" : "down", "--", n.name}, why))
         return false;
+    if (cmd == 54 && deferred)
+        return true;
     if (WaitForInterface(n.name, wanted, cmd == 54 ? kLeaseWaitMs : kApplyWaitMs, kStableMs))
         return true;
     why = cmd == 54 ? "no DHCP lease came within " + std::to_string(kLeaseWaitMs / 1000) + " s"
@@ -222,15 +225,15 @@ bool NetworkdDeferred(const NetInterface& n, const InterfaceWanted& w, PendingCh
         r = Failed("Could not write " + runtime + ": " + err + ".");
         return false;
     }
-    if (!NetworkdActivate(n, !rec.files[0].existed || rec.files[0].text != text, w.cmd, wanted,
-                          why) ||
+    if (!NetworkdActivate(n, !rec.files[0].existed || rec.files[0].text != text, w.cmd, wanted, why,
+                          true) ||
         !ApplyResolvPlan(dns, why)) {
         UndoInterfaceChange(rec);
         r = Failed(n.name + " could not be configured: " + why +
                    "; the old settings were put back.");
         return false;
     }
-    r = {em_ActSuccAll, dns.note};
+    r = {em_ActSuccAll, w.cmd == 54 ? AwaitLease(n.name, kDeferredLeaseWaitMs) : dns.note};
     std::string path = NetworkdFilePath(n.name);
     // The same text moves to /etc; networkd keeps what it applied and
     // reads the file there at its next reload.

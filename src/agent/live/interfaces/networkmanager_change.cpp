@@ -8,7 +8,8 @@
 // NetworkManager rolls back by itself when the checkpoint's time runs out.
 // The DNS servers go into the profile; NetworkManager writes resolv.conf
 // as its own configuration says. The deferred form modifies the profile in
-// NetworkManager's memory only (--temporary) and saves it at commit.
+// NetworkManager's memory only (--temporary) and saves it at commit; its
+// DHCP activation is awaited a few seconds only.
 
 #include "agent/live/interfaces/interface_managers.h"
 #include "agent/live/interfaces/interface_recovery.h"
@@ -26,6 +27,7 @@ const int kNmcliLimitMs = 60000;
 const char* const kActivateWaitS = "40";
 const int kApplyWaitMs = 10000;
 const int kStableMs = 500;
+const int kLeaseShowsMs = 1000;
 // Longer than a whole change; NetworkManager's own rollback should the
 // agent not finish it.
 const unsigned kCheckpointS = 120;
@@ -83,6 +85,20 @@ std::vector<std::string> Ipv4Settings(const std::string& uuid) {
     std::vector<std::string> v = SplitLines(out);
     v.resize(4);
     return v;
+}
+
+// Activates the profile, waiting as long as a deferred DHCP change does:
+// an activation still under way then is no failure.
+bool ActivateForAWhile(const std::string& uuid, std::string& why) {
+    const int kTimeoutExit = 3;  // nmcli's "Timeout expired"
+    ToolRun run = RunTool(
+        {"nmcli", "--wait", std::to_string(kDeferredLeaseWaitMs / 1000), "connection", "up", uuid},
+        "", kNmcliLimitMs);
+    if (run.Ok() || (run.bStarted && !run.bTimedOut && run.iExitCode == kTimeoutExit))
+        return true;
+    std::string said = run.sErr.substr(0, run.sErr.find('\n'));
+    why = said.empty() ? run.Why("nmcli connection") : said;
+    return false;
 }
 
 // The change inside a checkpoint: the profile modified, then activated
@@ -256,12 +272,17 @@ bool NetworkManagerDeferred(const NetInterface& n, const InterfaceWanted& w, Pen
     modify.insert(modify.end(), settings.begin(), settings.end());
     std::string out_;
     bool done = Nmcli(modify, out_, why);
-    if (done && up)
+    // DHCP: nmcli's wait bounded to a few seconds, after which the
+    // activation goes on in NetworkManager and the watch judges the change.
+    bool dhcp = w.cmd == 54;
+    if (done && up && dhcp)
+        done = ActivateForAWhile(uuid, why);
+    else if (done && up)
         done = Nmcli({"--wait", kActivateWaitS, "connection", "up", uuid}, out_, why);
     else if (done)
         done = Nmcli({"connection", "down", uuid}, out_, why) &&
                RunIp({"link", "set", "dev", n.name, "down"}, why);
-    if (done && !WaitForInterface(n.name, wanted, kApplyWaitMs, kStableMs)) {
+    if (done && !dhcp && !WaitForInterface(n.name, wanted, kApplyWaitMs, kStableMs)) {
         why = "NetworkManager did not apply the settings within " +
               std::to_string(kApplyWaitMs / 1000) + " s";
         done = false;
@@ -272,7 +293,8 @@ bool NetworkManagerDeferred(const NetInterface& n, const InterfaceWanted& w, Pen
                    "; NetworkManager put the old settings back.");
         return false;
     }
-    r = Done();
+    // A lease NetworkManager has shows in the kernel within a moment.
+    r = {em_ActSuccAll, dhcp ? AwaitLease(n.name, kLeaseShowsMs) : std::string()};
     std::string checkpoint = rec.nmCheckpoint;
     MakePending(
         rec,

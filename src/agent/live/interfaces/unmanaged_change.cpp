@@ -28,9 +28,10 @@ CmdResult Undone(const InterfaceSnapshot& before, const std::string& why) {
                   "; the old settings were put back.");
 }
 
-}  // namespace
-
-CmdResult UnmanagedChange(const NetInterface& n, short cmd) {
+// deferred: the client started in the background and its lease awaited a
+// few seconds only, no lease yet being no failure (the guard's watch
+// judges the change).
+CmdResult Change(const NetInterface& n, short cmd, bool deferred) {
     InterfaceSnapshot before = TakeSnapshot(n);
     std::string why;
     if (cmd == 52 || cmd == 53) {
@@ -45,6 +46,12 @@ CmdResult UnmanagedChange(const NetInterface& n, short cmd) {
     StopDhcpClient(n.name);
     RunIp({"-4", "addr", "flush", "dev", n.name}, why);
     RunIp({"link", "set", "dev", n.name, "up"}, why);
+    if (deferred) {
+        if (!StartDhcpClient(n.name, why))
+            return Undone(before, why);
+        std::string lease = AwaitLease(n.name, kDeferredLeaseWaitMs);
+        return {em_ActSuccAll, LiveOnly(n.name) + (lease.empty() ? "" : " " + lease)};
+    }
     // "-1": one try, exit status 2 without a lease; with one, dhclient goes
     // on in the background and renews it.
     ToolRun run = RunTool({"dhclient", "-4", "-1", "-pf", "/run/dhclient." + n.name + ".pid", "-lf",
@@ -54,6 +61,12 @@ CmdResult UnmanagedChange(const NetInterface& n, short cmd) {
         return Undone(before,
                       run.iExitCode == 2 ? std::string("no DHCP lease came") : run.Why("dhclient"));
     return {em_ActSuccAll, LiveOnly(n.name)};
+}
+
+}  // namespace
+
+CmdResult UnmanagedChange(const NetInterface& n, short cmd) {
+    return Change(n, cmd, false);
 }
 
 CmdResult UnmanagedManual(const NetInterface& n, const InterfaceManualRequest& q) {
@@ -94,7 +107,7 @@ bool UnmanagedDeferred(const NetInterface& n, const InterfaceWanted& w, PendingC
     // 55 may write the DNS servers, a DHCP client's script its own.
     if (w.cmd == 54 || w.cmd == 55)
         rec.files.push_back(FileAsItIs(kResolvConfPath));
-    r = w.cmd == 55 ? UnmanagedManual(n, w.manual) : UnmanagedChange(n, w.cmd);
+    r = w.cmd == 55 ? UnmanagedManual(n, w.manual) : Change(n, w.cmd, true);
     if (r.iCode != em_ActSuccAll)
         return false;
     CmdResult answer = r;
