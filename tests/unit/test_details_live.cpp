@@ -285,6 +285,8 @@ struct NotADetail {
     const char* text;
 };
 const NotADetail kNotDetails[] = {
+    // A tool's name, quoted as it is inside the tools' reasons' rows.
+    {"live/interfaces/networkmanager_change.cpp", "nmcli connection"},
     // Display lines of the firewall pages.
     {"live/firewall/base_chains.cpp", ": table "},
     {"live/firewall/base_chains.cpp", " hook, "},
