@@ -4,6 +4,7 @@
 // stays, no exit question opens.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -23,7 +24,10 @@ using nvtest::ScreenSession;
 constexpr int kAnswerDelayMs = 1500;
 
 TEST(ScreenSlowAnswer, KeysTypedWhileACommandIsAwaitedAreDiscarded) {
-    FakeAgent agent([](const FakeRequest& req) {
+    // The answer waits until the keys are typed (on a loaded machine the
+    // test itself may be late to type them), then a while more.
+    std::atomic<bool> typed{false};
+    FakeAgent agent([&typed](const FakeRequest& req) {
         if (req.cmd == nvwire::kCmdCheck) {
             cConf_Inf c;
             cSvrState s;
@@ -31,6 +35,8 @@ TEST(ScreenSlowAnswer, KeysTypedWhileACommandIsAwaitedAreDiscarded) {
             c.chLangCode = emEn;
             return MakeAnswer(req.cmd, em_OK, "", EncodeState(c, s));
         }
+        for (int i = 0; i < 200 && !typed; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
         std::this_thread::sleep_for(std::chrono::milliseconds(kAnswerDelayMs));
         return MakeAnswer(req.cmd, em_ActSuccAll, "");
     });
@@ -54,6 +60,7 @@ TEST(ScreenSlowAnswer, KeysTypedWhileACommandIsAwaitedAreDiscarded) {
     ASSERT_TRUE(s.WaitForTextAnywhere("Excuting command, please wait...")) << s.Dump();
     s.SendKey(Key::Esc);
     s.SendKey(Key::Esc);
+    typed = true;
     ASSERT_TRUE(s.WaitForTextGone("Excuting command", kAnswerDelayMs + 5000)) << s.Dump();
     s.WaitSettled(500);
     // Still the System State page with its prompt; neither the menu's
