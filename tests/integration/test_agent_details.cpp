@@ -8,7 +8,6 @@
 #include <iconv.h>
 
 #include <cerrno>
-#include <regex>
 #include <set>
 #include <string>
 #include <utility>
@@ -131,11 +130,22 @@ std::vector<std::string> EnglishLeft(std::string text, const std::string& payloa
         }
     }
     std::vector<std::string> left;
-    std::regex words("[A-Za-z_]{2,}");
-    for (auto it = std::sregex_iterator(text.begin(), text.end(), words);
-         it != std::sregex_iterator(); ++it) {
-        if (kKeptWords.count(it->str()) == 0)
-            left.push_back(it->str());
+    // Runs of two or more ASCII letters or underscores.
+    auto isWordChar = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+    };
+    for (size_t i = 0; i < text.size();) {
+        if (!isWordChar(text[i])) {
+            ++i;
+            continue;
+        }
+        size_t end = i;
+        while (end < text.size() && isWordChar(text[end]))
+            ++end;
+        std::string word = text.substr(i, end - i);
+        if (word.size() >= 2 && kKeptWords.count(word) == 0)
+            left.push_back(word);
+        i = end;
     }
     return left;
 }
@@ -159,7 +169,9 @@ protected:
             fclose(f);
         }
         std::string lang = "\"chLangCode\": " + std::to_string(m_lang);
-        demo = std::regex_replace(demo, std::regex("\"chLangCode\": 0"), lang);
+        const std::string english = "\"chLangCode\": 0";
+        for (size_t at = 0; (at = demo.find(english, at)) != std::string::npos; at += lang.size())
+            demo.replace(at, english.size(), lang);
         return m_agent.SetStateJson(demo) && m_agent.Start(err);
     }
     void Reset() {
