@@ -108,9 +108,11 @@ protected:
     // nvcmd on a local terminal of the sandbox (no session).
     int LocalNvcmd(const std::string& cmd, const std::string& payload, std::string* out = nullptr) {
         setenv("NVUI_SOCKET", agent.SocketPath().c_str(), 1);
+        setenv("NVUI_LOG", (agent.SocketPath() + ".nvcmd.log").c_str(), 1);
         nvtest::RunResult r =
             nvtest::RunProgram({std::string(NV_BIN_DIR) + "/nvcmd", "send", cmd, payload}, 60000);
         unsetenv("NVUI_SOCKET");
+        unsetenv("NVUI_LOG");
         if (out != nullptr)
             *out = r.sStdout + r.sStderr;
         return r.iExitCode;

@@ -157,8 +157,10 @@ std::string ChangeWatcher::ChangedTo() {
 
 std::string NvcmdLine(const std::string& socket, const std::string& cmd,
                       const std::string& payload) {
-    return "NVUI_SOCKET=" + Quoted(socket) + " " + Quoted(std::string(NV_BIN_DIR) + "/nvcmd") +
-           " send " + Quoted(cmd) + " " + Quoted(payload);
+    // Its log beside the socket, never the machine's default log.
+    return "NVUI_SOCKET=" + Quoted(socket) + " NVUI_LOG=" + Quoted(socket + ".nvcmd.log") + " " +
+           Quoted(std::string(NV_BIN_DIR) + "/nvcmd") + " send " + Quoted(cmd) + " " +
+           Quoted(payload);
 }
 
 long MsBetween(std::chrono::steady_clock::time_point from,
