@@ -99,8 +99,10 @@ int CheckAnswer(const char* p, size_t n, short cmd) {
         if (nvwire::DecodeStateBody(a.body, a.bodyLen, c, s) != em_OK) {
             Fail("the agent's check answer does not decode");
         }
-    } else if (a.bodyLen != 0) {
-        Fail("an answer other than a check's state carries a body");
+    } else if (a.bodyLen != 0 && a.detail.empty()) {
+        // Any other answer's body is the detail's full English sentence,
+        // sent only beside a shorter or translated detail.
+        Fail("an answer without a detail carries a body");
     }
     return a.result;
 }
