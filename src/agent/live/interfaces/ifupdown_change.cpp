@@ -232,9 +232,10 @@ std::string RuntimeCopy(const std::string& name) {
 
 }  // namespace
 
-CmdResult IfupdownChange(const NetInterface& n, short cmd) {
-    InterfaceWanted w;
-    w.cmd = cmd;
+namespace {
+
+// A change made and saved at once: planned, then the stanza reconfigured.
+CmdResult ChangeNow(const NetInterface& n, const InterfaceWanted& w) {
     std::string stanza;
     bool up = false;
     ResolvPlan dns;
@@ -244,17 +245,19 @@ CmdResult IfupdownChange(const NetInterface& n, short cmd) {
     return Reconfigure(n, stanza, up, dns);
 }
 
+}  // namespace
+
+CmdResult IfupdownChange(const NetInterface& n, short cmd) {
+    InterfaceWanted w;
+    w.cmd = cmd;
+    return ChangeNow(n, w);
+}
+
 CmdResult IfupdownManual(const NetInterface& n, const InterfaceManualRequest& q) {
     InterfaceWanted w;
     w.cmd = 55;
     w.manual = q;
-    std::string stanza;
-    bool up = false;
-    ResolvPlan dns;
-    CmdResult r;
-    if (!Plan(n, w, stanza, up, dns, r))
-        return r;
-    return Reconfigure(n, stanza, up, dns);
+    return ChangeNow(n, w);
 }
 
 bool IfupdownDeferred(const NetInterface& n, const InterfaceWanted& w, PendingChange& out,
